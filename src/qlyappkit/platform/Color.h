@@ -1,0 +1,41 @@
+#pragma once
+// Color: calibrated RGBA with double components, so that the exact decimal forms written to XML and
+// tags survive (QColor's 16-bit channels would not).
+#include <QColor>
+#include <QMetaType>
+#include <QString>
+
+namespace qly {
+
+class Color {
+public:
+    constexpr Color() = default;
+    constexpr Color(double red, double green, double blue, double alpha = 1.0)
+        : m_red(red), m_green(green), m_blue(blue), m_alpha(alpha) {}
+    static constexpr Color rgb(double red, double green, double blue, double alpha = 1.0)
+    {
+        return Color(red, green, blue, alpha);
+    }
+    /// A grey: calibrated white with the given level.
+    static constexpr Color white(double level, double alpha = 1.0) { return Color(level, level, level, alpha); }
+    static Color fromQColor(const QColor& color);
+
+    constexpr double redComponent() const { return m_red; }
+    constexpr double greenComponent() const { return m_green; }
+    constexpr double blueComponent() const { return m_blue; }
+    constexpr double alphaComponent() const { return m_alpha; }
+    QColor toQColor() const;
+    Color withAlpha(double alpha) const { return Color(m_red, m_green, m_blue, alpha); }
+
+    static constexpr Color blackColor() { return Color(0, 0, 0); }
+    static constexpr Color whiteColor() { return Color(1, 1, 1); }
+
+    friend constexpr bool operator==(const Color&, const Color&) = default;
+
+private:
+    double m_red = 0, m_green = 0, m_blue = 0, m_alpha = 1.0;
+};
+
+} // namespace qly
+
+Q_DECLARE_METATYPE(qly::Color)

@@ -1,0 +1,78 @@
+// qly: the project's command-line tool. Runs the framework's conversions end to end.
+#include <QCoreApplication>
+#include <QFile>
+#include <QStringConverter>
+#include <cstdio>
+
+#include "Commands.h"
+
+namespace qly::tool {
+
+void printError(const QString& message)
+{
+    std::fprintf(stderr, "qly: %s\n", message.toUtf8().constData());
+}
+
+void printOut(const QString& text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    std::fwrite(utf8.constData(), 1, size_t(utf8.size()), stdout);
+}
+
+bool readTextFile(const QString& path, QString& text, QString& message)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        message = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    text = QString::fromUtf8(file.readAll());
+    if (text.startsWith(QChar(0xFEFF)))
+        text.remove(0, 1);
+    return true;
+}
+
+} // namespace qly::tool
+
+namespace {
+
+const char* const Usage =
+    "usage: qly COMMAND [ARGS...]\n"
+    "\n"
+    "commands:\n"
+    "  stats FILE...     words and characters (UTF-16 units) of UTF-8 text files:\n"
+    "                    words<TAB>characters<TAB>path, and a total line for several files\n"
+    "  comments FILE     the comments of a comments side file, one per line:\n"
+    "                    ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text\n"
+    "\n"
+    "options:\n"
+    "  --help            this text\n"
+    "  --version         the version\n";
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("qly"));
+    QStringList args = QCoreApplication::arguments().mid(1);
+    if (args.isEmpty()) {
+        std::fputs(Usage, stderr);
+        return 2;
+    }
+    const QString command = args.takeFirst();
+    if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
+        std::fputs(Usage, stdout);
+        return 0;
+    }
+    if (command == QLatin1String("--version")) {
+        std::puts("qly " QLY_VERSION);
+        return 0;
+    }
+    if (command == QLatin1String("stats"))
+        return qly::tool::runStats(args);
+    if (command == QLatin1String("comments"))
+        return qly::tool::runComments(args);
+    qly::tool::printError(QStringLiteral("unknown command '%1' (see qly --help)").arg(command));
+    return 2;
+}
