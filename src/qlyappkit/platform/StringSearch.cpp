@@ -40,7 +40,10 @@ Range rangeOfString(const QString& haystack, const QString& needle, unsigned opt
             found = 0;
         }
     } else {
-        found = backwards ? within.lastIndexOf(needle, cs) : within.indexOf(needle, 0, cs);
+        // Qt 6.4's lastIndexOf with the default start may report a match that runs past a sliced view's
+        // end, so start at the last position where the needle fits.
+        found = backwards ? within.lastIndexOf(QStringView(needle), within.size() - needle.size(), cs)
+                          : within.indexOf(needle, 0, cs);
     }
     return found < 0 ? Range::notFound() : Range{start + found, needle.size()};
 }
