@@ -1,0 +1,83 @@
+#include <qlyappkit/interchange/RichTextElement.h>
+
+#include <sstream>
+
+#include <qlyappkit/platform/Color.h>
+#include <qlyappkit/platform/Font.h>
+#include <qlyappkit/platform/PlatformAttributes.h>
+
+using namespace qly;
+
+namespace {
+
+AttributedString styledText()
+{
+    AttributedString text(QStringLiteral("Bold "),
+                          {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
+    text.append(QStringLiteral("italic \u00e9t\u00e9 "),
+                {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 14, ItalicFontMask))}});
+    text.append(QStringLiteral("colour \u4e2d\u6587 \U0001F600 ]]> <&>\n"),
+                {{ForegroundColorAttributeName, QVariant::fromValue(Color(0.1, 0.2, 0.3, 0.5))}});
+    return text;
+}
+
+// Serialises and parses the document again, as a file round trip would.
+AttributedString throughSavedXML(const AttributedString& text, const QString& name)
+{
+    pugi::xml_document document;
+    pugi::xml_node root = document.append_child("Root");
+    XQXMLElementFromAttributedString(root, text, name);
+    std::ostringstream out;
+    document.save(out);
+    pugi::xml_document reread;
+    if (!reread.load_string(out.str().c_str()))
+        return AttributedString(QStringLiteral("<unparseable>"));
+    return XQAttributedStringFromXMLElement(reread.document_element().child(name.toUtf8().constData()));
+}
+
+} // namespace
+
+TEST(RichTextElement, RoundTripThroughXML)
+{
+    pugi::xml_document document;
+    pugi::xml_node root = document.append_child("Root");
+    const pugi::xml_node element = XQXMLElementFromAttributedString(root, styledText());
+    ASSERT_TRUE(element);
+    EXPECT_STREQ(element.name(), "RTF");
+    EXPECT_EQ(element.first_child().type(), pugi::node_cdata);
+    EXPECT_FALSE(element.first_child().next_sibling());
+
+    EXPECT_EQ(throughSavedXML(styledText(), QStringLiteral("RTF")), styledText());
+    EXPECT_EQ(throughSavedXML(styledText(), QStringLiteral("Notes")), styledText());
+    EXPECT_EQ(throughSavedXML(AttributedString(), QStringLiteral("RTF")), AttributedString());
+
+    EXPECT_FALSE(XQXMLElementFromAttributedString(pugi::xml_node(), styledText()));
+}
+
+TEST(RichTextElement, UnreadableContentsGiveEmptyText)
+{
+    const char* const broken[] = {
+        "<RTF/>",
+        "<RTF><![CDATA[]]></RTF>",
+        "<RTF><![CDATA[%%% not base64 %%%]]></RTF>",
+        "<RTF><![CDATA[AAAA]]></RTF>",                          // base64, not an archive
+        "<RTF><![CDATA[oWYkY2xhc3NnWFFGb29CYXI=]]></RTF>",      // an archive of an unknown class
+        "<RTF>{\\rtf1\\ansi plain RTF}</RTF>",
+        "<RTF><![CDATA[\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9]]></RTF>",
+    };
+    for (const char* xml : broken) {
+        SCOPED_TRACE(xml);
+        pugi::xml_document document;
+        ASSERT_TRUE(document.load_string(xml));
+        EXPECT_TRUE(XQAttributedStringFromXMLElement(document.document_element()).isEmpty());
+    }
+    EXPECT_TRUE(XQAttributedStringFromXMLElement(pugi::xml_node()).isEmpty());
+
+    // A damaged copy of a good element.
+    pugi::xml_document document;
+    pugi::xml_node element = XQXMLElementFromAttributedString(document.append_child("Root"), styledText());
+    std::string stored = element.first_child().value();
+    stored.resize(stored.size() / 2);
+    element.first_child().set_value(stored.c_str());
+    EXPECT_TRUE(XQAttributedStringFromXMLElement(element).isEmpty());
+}
