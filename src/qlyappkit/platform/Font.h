@@ -24,10 +24,13 @@ public:
     Font(const QString& fontName, double pointSize);
     /// A font by family, size and traits (a mask of ItalicFontMask | BoldFontMask).
     static Font fromFamily(const QString& family, double pointSize, unsigned traits = 0);
-    /// The named font when a face of that family is installed; nothing otherwise.
+    /// The named font when a face of that family is installed; nothing otherwise. Helvetica/Arial,
+    /// Times/Times New Roman and Courier/Courier New resolve to their metric-compatible installed
+    /// stand-ins; the font keeps the requested family name. Needs a QGuiApplication (font database).
     static std::optional<Font> fontWithName(const QString& fontName, double pointSize);
     /// Helvetica 12 pt at the given size (12 when size is 0).
     static Font userFont(double pointSize = 0);
+    /// The QFont's family and traits; its pixel size (or point size when it has none) as the size.
     static Font fromQFont(const QFont& font);
 
     bool isValid() const { return !m_family.isEmpty(); }
@@ -42,7 +45,8 @@ public:
     /// The font converted to have (or, with the Unbold/Unitalic masks, to lose) a trait; nothing when
     /// no such face of the family is installed.
     std::optional<Font> convertedToHaveTrait(unsigned trait) const;
-    /// A QFont for measuring and drawing, with pixel size = point size.
+    /// A QFont for measuring and drawing: the installed family (or stand-in), pixel size = point size
+    /// rounded to whole pixels (QFont has no fractional pixel size).
     QFont toQFont() const;
 
     friend bool operator==(const Font&, const Font&) = default;
