@@ -133,7 +133,9 @@ std::vector<LeafPtr> AttributedStringData::makeLeaves(const TextPiece& piece) co
     for (qsizetype start = 0; start < n; start += size) {
         const qsizetype len = std::min(size, n - start);
         LeafPtr leaf(new TextLeaf);
-        leaf->text.reserve(capacity);
+        // Room to grow only for leaves of a large text; small strings stay small.
+        if (len >= fill / 2)
+            leaf->text.reserve(capacity);
         leaf->text.append(QStringView(piece.text).mid(start, len));
         while (run + 1 < piece.runs.size() && piece.runs[run + 1].start <= start)
             ++run;

@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QMetaType>
 #include <QString>
+#include <optional>
 
 namespace qly {
 
@@ -29,6 +30,15 @@ public:
 
     static constexpr Color blackColor() { return Color(0, 0, 0); }
     static constexpr Color whiteColor() { return Color(1, 1, 1); }
+    /// The red that inline annotations get when no other colour is known.
+    static constexpr Color standardAnnotationColor() { return Color(1, 0, 0); }
+
+    /// The colour mixed component by component (alpha too) with `other`: fraction 0 gives this colour,
+    /// 1 gives `other`. The fraction is clamped to 0…1.
+    Color blendedColorWithFraction(double fraction, const Color& other) const;
+    /// An opaque colour from hexadecimal RGB text: "RRGGBB" or "RGB", with or without a leading "#",
+    /// surrounding blanks ignored. Nothing for any other text.
+    static std::optional<Color> fromHexString(const QString& text);
 
     friend constexpr bool operator==(const Color&, const Color&) = default;
 
