@@ -1,6 +1,7 @@
 #pragma once
 // NotificationCenter: named notifications from a sender, delivered synchronously to observers that
 // listen for one sender or for any.
+#include <QHash>
 #include <QString>
 #include <QVariantMap>
 #include <functional>
@@ -43,7 +44,10 @@ private:
         const void* sender;
         std::shared_ptr<Observer> observer;
     };
-    std::vector<Entry> m_entries;
+    // Observers by the name they listen for (the empty name: every name), each list in registration
+    // order, so a post looks only at the observers that can match it.
+    QHash<QString, std::vector<Entry>> m_byName;
+    QHash<Token, QString> m_nameOfToken;
     Token m_nextToken = 1;
 };
 
