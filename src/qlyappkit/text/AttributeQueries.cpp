@@ -199,4 +199,23 @@ AttributedString attributedStringByRemovingNonImageAttachments(const AttributedS
     });
 }
 
+ParagraphStyle mostUsedParagraphStyle(const AttributedString& text)
+{
+    std::vector<std::pair<ParagraphStyle, qsizetype>> counts;
+    qsizetype best = -1;
+    text.enumerateAttribute(ParagraphStyleAttributeName, Range{0, text.length()}, [&](const QVariant& v, Range r) {
+        if (v.metaType() != QMetaType::fromType<ParagraphStyle>())
+            return true;
+        const ParagraphStyle style = v.value<ParagraphStyle>();
+        auto it = std::find_if(counts.begin(), counts.end(), [&](const auto& c) { return c.first == style; });
+        if (it == counts.end())
+            it = counts.insert(counts.end(), {style, 0});
+        it->second += r.length;
+        if (best < 0 || it->second > counts[size_t(best)].second)
+            best = it - counts.begin();
+        return true;
+    });
+    return best < 0 ? ParagraphStyle::defaultParagraphStyle() : counts[size_t(best)].first;
+}
+
 } // namespace qly

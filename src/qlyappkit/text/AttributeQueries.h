@@ -48,4 +48,8 @@ AttributedString attributedStringByRemovingNonImageAttachments(const AttributedS
 /// and PDF.
 bool isImageFileExtension(const QString& extension);
 
+/// The paragraph style that covers the most characters (the first to lead keeps a tie), or the default
+/// style when no character has one.
+ParagraphStyle mostUsedParagraphStyle(const AttributedString& text);
+
 } // namespace qly

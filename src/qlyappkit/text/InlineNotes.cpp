@@ -204,25 +204,6 @@ void appendSeparator(AttributedString& text, int separatorType)
     }
 }
 
-// The paragraph style that covers the most characters (the first to lead keeps a tie), or the default
-// style when no character has one.
-ParagraphStyle mostUsedParagraphStyle(const AttributedString& text)
-{
-    std::vector<std::pair<ParagraphStyle, qsizetype>> counts;
-    qsizetype best = -1;
-    forEachRun(text, ParagraphStyleAttributeName, [&](Range range, const QVariant& value) {
-        if (value.metaType() != QMetaType::fromType<ParagraphStyle>())
-            return;
-        const ParagraphStyle style = value.value<ParagraphStyle>();
-        auto it = std::find_if(counts.begin(), counts.end(), [&](const auto& c) { return c.first == style; });
-        if (it == counts.end())
-            it = counts.insert(counts.end(), {style, 0});
-        it->second += range.length;
-        if (best < 0 || it->second > counts[size_t(best)].second)
-            best = it - counts.begin();
-    });
-    return best < 0 ? ParagraphStyle::defaultParagraphStyle() : counts[size_t(best)].first;
-}
 
 ParagraphStyle noteParagraphStyle(const AttributedString& noteText, const ParagraphStyle& textStyle,
                                   bool indentToMatchText)
