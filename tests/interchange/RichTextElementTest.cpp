@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include "support/RichTextAssertions.h"
+
 #include <qlyappkit/platform/Color.h>
 #include <qlyappkit/platform/Font.h>
 #include <qlyappkit/platform/PlatformAttributes.h>
@@ -47,9 +49,11 @@ TEST(RichTextElement, RoundTripThroughXML)
     EXPECT_EQ(element.first_child().type(), pugi::node_cdata);
     EXPECT_FALSE(element.first_child().next_sibling());
 
-    EXPECT_EQ(throughSavedXML(styledText(), QStringLiteral("RTF")), styledText());
-    EXPECT_EQ(throughSavedXML(styledText(), QStringLiteral("Notes")), styledText());
-    EXPECT_EQ(throughSavedXML(AttributedString(), QStringLiteral("RTF")), AttributedString());
+    // The rich text travels as RTF: characters exact, fonts by name, size and traits, colours to 1/255.
+    EXPECT_TRUE(richtext::sameRichText(throughSavedXML(styledText(), QStringLiteral("RTF")), styledText()));
+    EXPECT_TRUE(richtext::sameRichText(throughSavedXML(styledText(), QStringLiteral("Notes")), styledText()));
+    EXPECT_TRUE(throughSavedXML(AttributedString(), QStringLiteral("RTF")).isEmpty());
+    EXPECT_EQ(QByteArray(element.first_child().value()).left(6), QByteArray("{\\rtf1"));
 
     EXPECT_FALSE(XQXMLElementFromAttributedString(pugi::xml_node(), styledText()));
 }
@@ -60,9 +64,8 @@ TEST(RichTextElement, UnreadableContentsGiveEmptyText)
         "<RTF/>",
         "<RTF><![CDATA[]]></RTF>",
         "<RTF><![CDATA[%%% not base64 %%%]]></RTF>",
-        "<RTF><![CDATA[AAAA]]></RTF>",                          // base64, not an archive
-        "<RTF><![CDATA[oWYkY2xhc3NnWFFGb29CYXI=]]></RTF>",      // an archive of an unknown class
-        "<RTF>{\\rtf1\\ansi plain RTF}</RTF>",
+        "<RTF><![CDATA[AAAA]]></RTF>",
+        "<RTF><![CDATA[{\\rtf1\\ansi cut short]]></RTF>",
         "<RTF><![CDATA[\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9]]></RTF>",
     };
     for (const char* xml : broken) {
@@ -72,6 +75,11 @@ TEST(RichTextElement, UnreadableContentsGiveEmptyText)
         EXPECT_TRUE(XQAttributedStringFromXMLElement(document.document_element()).isEmpty());
     }
     EXPECT_TRUE(XQAttributedStringFromXMLElement(pugi::xml_node()).isEmpty());
+
+    // RTF from elsewhere, not in CDATA, still reads.
+    pugi::xml_document foreign;
+    ASSERT_TRUE(foreign.load_string("<RTF>{\\rtf1\\ansi plain RTF}</RTF>"));
+    EXPECT_EQ(XQAttributedStringFromXMLElement(foreign.document_element()).string(), QStringLiteral("plain RTF"));
 
     // A damaged copy of a good element.
     pugi::xml_document document;

@@ -7,6 +7,8 @@ namespace qly::tool {
 
 int runStats(const QStringList& args);
 int runComments(const QStringList& args);
+int runConvert(const QStringList& args);
+int runNotes(const QStringList& args);
 
 /// Prints "qly: <message>" on stderr.
 void printError(const QString& message);

@@ -44,6 +44,12 @@ const char* const Usage =
     "                    words<TAB>characters<TAB>path, and a total line for several files\n"
     "  comments FILE     the comments of a comments side file, one per line:\n"
     "                    ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text\n"
+    "  convert IN -o OUT [--to rtf|txt]\n"
+    "                    converts between RTF and plain text (UTF-8), by the files'\n"
+    "                    extensions (.rtf, .txt); --to names the output format\n"
+    "  notes FILE        the notes tagged in a UTF-8 text, one per line in text order:\n"
+    "                    annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
+    "                    (UTF-16 units of the text without its tags; line breaks as \\n)\n"
     "\n"
     "options:\n"
     "  --help            this text\n"
@@ -73,6 +79,10 @@ int main(int argc, char** argv)
         return qly::tool::runStats(args);
     if (command == QLatin1String("comments"))
         return qly::tool::runComments(args);
+    if (command == QLatin1String("convert"))
+        return qly::tool::runConvert(args);
+    if (command == QLatin1String("notes"))
+        return qly::tool::runNotes(args);
     qly::tool::printError(QStringLiteral("unknown command '%1' (see qly --help)").arg(command));
     return 2;
 }

@@ -3,7 +3,8 @@
 #include <QByteArray>
 
 #include <qlyappkit/interchange/XMLElement.h>
-#include <qlyappkit/platform/KeyedArchiver.h>
+#include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/rtf/RTFWriter.h>
 
 namespace qly {
 
@@ -12,25 +13,22 @@ pugi::xml_node XQXMLElementFromAttributedString(pugi::xml_node parent, const Att
 {
     if (!parent)
         return {};
-    // Base64 holds only characters XML allows, so the section needs no further care.
-    const QByteArray encoded = archiving::archivedData(QVariant::fromValue(text)).toBase64();
-    return appendElementWithCDATA(parent, name, QString::fromLatin1(encoded));
+    // The RTF is 7-bit printable text with line feeds, which a CDATA section holds as it is.
+    const QByteArray rtf = RTFFromRange(text, Range{0, text.length()});
+    return appendElementWithCDATA(parent, name, QString::fromLatin1(rtf));
 }
 
 AttributedString XQAttributedStringFromXMLElement(pugi::xml_node element)
 {
     if (!element)
         return {};
-    const QByteArray stored = stringValueOfNode(element).trimmed().toLatin1();
-    if (stored.isEmpty())
-        return {};
-    const auto decoded = QByteArray::fromBase64Encoding(stored, QByteArray::AbortOnBase64DecodingErrors);
-    if (!decoded)
-        return {};
-    const QVariant value = archiving::unarchive(decoded.decoded);
-    if (value.metaType() != QMetaType::fromType<AttributedString>())
-        return {};
-    return value.value<AttributedString>();
+    // Written as ASCII; anything else another program put there is taken as UTF-8.
+    const QByteArray stored = stringValueOfNode(element).toUtf8();
+    RTFParseResult result;
+    const std::optional<AttributedString> text = attributedStringFromRTF(stored, nullptr, &result);
+    if (!text || !result)
+        return {};   // not RTF, or cut short
+    return *text;
 }
 
 } // namespace qly

@@ -1,9 +1,7 @@
 #pragma once
 // The rich-text XML element: an element (named "RTF" unless the caller names it) whose only child is a
-// CDATA section holding the text in a lossless ASCII form.
-//
-// The form inside the CDATA section is private to this pair of functions: today the base64 text of
-// the keyed archive of the attributed string, later the package RTF. Callers never look inside.
+// CDATA section holding the RTF of the text (the platform RTF writer's 7-bit output), read back with
+// the platform RTF reader. What RTF does not carry (attachments, comment objects) is not kept.
 #include <QString>
 #include <pugixml.hpp>
 
