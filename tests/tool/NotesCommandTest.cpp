@@ -5,30 +5,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-namespace {
+#include "QlyRunner.h"
 
-const QString Qly = QStringLiteral(QLY_BINARY_DIR "/tools/qly/qly");
-
-struct QlyRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-QlyRun runQly(const QStringList& args)
-{
-    QProcess process;
-    process.start(Qly, args);
-    QlyRun run;
-    if (!process.waitForFinished(30000))
-        return run;
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
-}
-
-} // namespace
+using namespace qly::tooltest;
 
 TEST(NotesCommand, PrintsOneLinePerNoteInTextOrder)
 {

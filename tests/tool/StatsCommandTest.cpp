@@ -5,36 +5,15 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include "QlyRunner.h"
+
+using namespace qly::tooltest;
+
 namespace {
 
-const QString Qly = QStringLiteral(QLY_BINARY_DIR "/tools/qly/qly");
-
-struct StatsRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-StatsRun runStats(const QStringList& files)
+QlyRun runStats(const QStringList& files)
 {
-    QProcess process;
-    process.start(Qly, QStringList{QStringLiteral("stats")} + files);
-    StatsRun run;
-    if (!process.waitForFinished(30000))
-        return run;
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
-}
-
-QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)
-{
-    const QString path = dir.filePath(name);
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(bytes);
-    return path;
+    return runQly(QStringList{QStringLiteral("stats")} + files);
 }
 
 } // namespace
@@ -49,7 +28,7 @@ TEST(StatsCommand, CountsTextAndRTFFiles)
     const QString rtf = writeFile(dir, QStringLiteral("styled.RTF"),
                                   "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl\\f0\\fswiss Helvetica;}\\f0\\fs24 "
                                   "{\\b Bold} words\\par caf\\'e9 end}");
-    const StatsRun run = runStats({text, rtf});
+    const QlyRun run = runStats({text, rtf});
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(run.out, QStringLiteral("4\t27\t%1\n4\t19\t%2\n8\t46\ttotal\n").arg(text, rtf));
     EXPECT_TRUE(run.err.isEmpty()) << run.err.toStdString();
@@ -61,7 +40,7 @@ TEST(StatsCommand, ReportsUnreadableAndDamagedFiles)
     const QString notRtf = writeFile(dir, QStringLiteral("fake.rtf"), "just text");
     const QString truncated = writeFile(dir, QStringLiteral("cut.rtf"), "{\\rtf1\\ansi one two {\\b three");
     const QString missing = dir.filePath(QStringLiteral("missing.txt"));
-    const StatsRun run = runStats({notRtf, truncated, missing});
+    const QlyRun run = runStats({notRtf, truncated, missing});
     EXPECT_EQ(run.exitCode, 1);
     // The truncated file is counted as far as it goes, with a warning.
     EXPECT_EQ(run.out, QStringLiteral("3\t13\t%1\n3\t13\ttotal\n").arg(truncated));

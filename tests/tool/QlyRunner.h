@@ -1,0 +1,41 @@
+#pragma once
+// Runs the built qly program and collects what it printed.
+#include <QFile>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace qly::tooltest {
+
+inline const QString Qly = QStringLiteral(QLY_BINARY_DIR "/tools/qly/qly");
+
+struct QlyRun {
+    int exitCode = -1;   ///< -1 when it crashed or did not finish
+    QString out;
+    QString err;
+};
+
+inline QlyRun runQly(const QStringList& args)
+{
+    QProcess process;
+    process.start(Qly, args);
+    QlyRun run;
+    if (!process.waitForFinished(60000))
+        return run;
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.out = QString::fromUtf8(process.readAllStandardOutput());
+    run.err = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
+inline QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)
+{
+    const QString path = dir.filePath(name);
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(bytes);
+    return path;
+}
+
+} // namespace qly::tooltest
