@@ -7,47 +7,11 @@
 #include <algorithm>
 
 #include <qlyappkit/platform/CharacterSets.h>
+#include <qlyappkit/platform/ParagraphRanges.h>
 
 namespace qly {
 
 namespace {
-
-bool isParagraphTerminator(QChar c)
-{
-    const char16_t u = c.unicode();
-    return u == u'\n' || u == u'\r' || u == 0x2029;
-}
-
-bool isLineTerminator(QChar c)
-{
-    const char16_t u = c.unicode();
-    return u == u'\n' || u == u'\r' || u == 0x2029 || u == 0x2028 || u == 0x85;
-}
-
-template <typename IsTerminator>
-Range blockRange(const AttributedString& text, Range range, IsTerminator isTerminator)
-{
-    const qsizetype n = text.length();
-    qsizetype s = std::clamp<qsizetype>(range.location, 0, n);
-    // The LF of a CR LF belongs to the paragraph the CR ends.
-    if (s < n && s > 0 && text.characterAt(s) == u'\n' && text.characterAt(s - 1) == u'\r')
-        --s;
-    qsizetype start = s;
-    while (start > 0 && !isTerminator(text.characterAt(start - 1)))
-        --start;
-    qsizetype q = range.length > 0 ? std::min(range.end() - 1, n) : s;
-    q = std::max(q, start);
-    qsizetype end = q;
-    while (end < n && !isTerminator(text.characterAt(end)))
-        ++end;
-    if (end < n) {
-        if (text.characterAt(end) == u'\r' && end + 1 < n && text.characterAt(end + 1) == u'\n')
-            end += 2;
-        else
-            end += 1;
-    }
-    return Range{start, end - start};
-}
 
 /// Word-boundary segments of a window of the text. A window edge that is not the text's edge or a
 /// line break is artificial: segments touching it may be cut wrongly, so callers widen the window.
@@ -102,12 +66,12 @@ constexpr qsizetype InitialRadius = 64;
 
 Range AttributedString::paragraphRange(Range range) const
 {
-    return blockRange(*this, range, isParagraphTerminator);
+    return paragraphRangeIn(*this, range);
 }
 
 Range AttributedString::lineRange(Range range) const
 {
-    return blockRange(*this, range, isLineTerminator);
+    return lineRangeIn(*this, range);
 }
 
 Range AttributedString::doubleClickAtIndex(qsizetype index) const

@@ -2,60 +2,14 @@
 
 #include <algorithm>
 
+#include <qlyappkit/platform/ParagraphRanges.h>
 #include <qlyappkit/text/XQComment.h>
 
 namespace qly::storage_detail {
 
-namespace {
-
-constexpr qsizetype Block = 256;
-
-bool isParagraphTerminator(QChar c)
-{
-    const char16_t u = c.unicode();
-    return u == u'\n' || u == u'\r' || u == 0x2029;
-}
-
-} // namespace
-
 Range paragraphRange(const MutableAttributedString& text, Range range)
 {
-    const qsizetype n = text.length();
-    qsizetype s = std::clamp<qsizetype>(range.location, 0, n);
-    // The LF of a CR LF belongs to the paragraph the CR ends.
-    if (s < n && s > 0 && text.characterAt(s) == u'\n' && text.characterAt(s - 1) == u'\r')
-        --s;
-    qsizetype start = s;
-    while (start > 0) {
-        const qsizetype from = std::max<qsizetype>(0, start - Block);
-        const QString chunk = text.substring(Range{from, start - from});
-        qsizetype i = chunk.size();
-        while (i > 0 && !isParagraphTerminator(chunk.at(i - 1)))
-            --i;
-        if (i > 0) {
-            start = from + i;
-            break;
-        }
-        start = from;
-    }
-    qsizetype end = std::max(range.length > 0 ? std::min(range.end() - 1, n) : s, start);
-    while (end < n) {
-        const qsizetype to = std::min(n, end + Block);
-        const QString chunk = text.substring(Range{end, to - end});
-        qsizetype i = 0;
-        while (i < chunk.size() && !isParagraphTerminator(chunk.at(i)))
-            ++i;
-        end += i;
-        if (i < chunk.size())
-            break;
-    }
-    if (end < n) {
-        if (text.characterAt(end) == u'\r' && end + 1 < n && text.characterAt(end + 1) == u'\n')
-            end += 2;
-        else
-            end += 1;
-    }
-    return Range{start, end - start};
+    return paragraphRangeIn(text, range);
 }
 
 bool sameValue(const QVariant& a, const QVariant& b)
