@@ -9,6 +9,8 @@ int runStats(const QStringList& args);
 int runComments(const QStringList& args);
 int runConvert(const QStringList& args);
 int runNotes(const QStringList& args);
+/// convert … --to word-rtf: a stored text and its comments to RTF for word processors.
+int runWordRTFExport(const QStringList& args);
 
 /// Prints "qly: <message>" on stderr.
 void printError(const QString& message);

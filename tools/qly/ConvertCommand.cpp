@@ -49,6 +49,9 @@ bool writeAtomically(const QString& path, const QByteArray& bytes, QString& mess
 
 int runConvert(const QStringList& args)
 {
+    for (int i = 0; i + 1 < args.size(); ++i)
+        if (args.at(i) == QLatin1String("--to") && args.at(i + 1) == QLatin1String("word-rtf"))
+            return runWordRTFExport(args);
     QString input, output;
     Format target = Format::Unknown;
     for (int i = 0; i < args.size(); ++i) {

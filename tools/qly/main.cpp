@@ -1,5 +1,8 @@
 // qly: the project's command-line tool. Runs the framework's conversions end to end.
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <cstring>
+#include <memory>
 #include <QFile>
 #include <QStringConverter>
 #include <cstdio>
@@ -47,6 +50,15 @@ const char* const Usage =
     "  convert IN -o OUT [--to rtf|txt]\n"
     "                    converts between RTF and plain text (UTF-8), by the files'\n"
     "                    extensions (.rtf, .txt); --to names the output format\n"
+    "  convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml]\n"
+    "          [--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME]\n"
+    "                    exports a stored text (RTF with note tags) for word processors:\n"
+    "                    real footnotes, endnotes, comments, bookmarks, sections, pictures;\n"
+    "                    comments come from --comments or IN.comments.xml beside IN;\n"
+    "                    --option sets an XQRTF... option (yes/no, numbers, texts);\n"
+    "                    paper and margins in points; links qlybookmark:NAME,\n"
+    "                    qlypageref:NAME and qlypicture:FILE become bookmarks, page\n"
+    "                    references and pictures; page breaks start sections\n"
     "  notes FILE        the notes tagged in a UTF-8 text, one per line in text order:\n"
     "                    annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
     "                    (UTF-16 units of the text without its tags; line breaks as \\n)\n"
@@ -59,7 +71,15 @@ const char* const Usage =
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // Export for word processors measures text and renders pictures, which needs the GUI classes;
+    // a command-line tool never shows a window, so it draws off screen unless told otherwise.
+    bool needsGui = false;
+    for (int i = 1; i < argc; ++i)
+        needsGui = needsGui || std::strcmp(argv[i], "word-rtf") == 0;
+    if (needsGui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> app(needsGui ? new QGuiApplication(argc, argv)
+                                                   : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("qly"));
     QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty()) {
