@@ -71,6 +71,17 @@ TEST(WordRTFExport, SampleBecomesWordProcessorRTF)
     EXPECT_EQ(text.count(QStringLiteral("\\pngblip")), 1);
     EXPECT_FALSE(text.contains(QStringLiteral("qlybookmark")) || text.contains(QStringLiteral("qlypicture")));
     EXPECT_TRUE(text.contains(QStringLiteral("The ferry left the harbour at dawn")));
+
+    // Annotations as footnotes: the third footnote kind, here sent to the endnotes by its own option.
+    const QByteArray third = exportSample(
+        dir, {QStringLiteral("--annotations-as-footnotes"), QStringLiteral("--option"),
+              QStringLiteral("XQRTFLinkedCommentsFootnotesAsEndnotes=yes")},
+        &run);
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QString thirdText = QString::fromLatin1(third);
+    EXPECT_EQ(thirdText.count(QStringLiteral("{\\*\\footnote")), 6);
+    EXPECT_EQ(thirdText.count(QStringLiteral("{\\*\\footnote\\ftnalt")), 1);
+    EXPECT_EQ(thirdText.count(QStringLiteral("{\\*\\annotation")), 2);
 }
 
 TEST(WordRTFExport, OptionsPaperMarginsAndSections)

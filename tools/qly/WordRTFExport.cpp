@@ -38,6 +38,7 @@ const QChar PageBreak(0x000C);
 struct Settings {
     QString input, output, commentsPath;
     QVariantMap options, documentAttributes;
+    bool annotationsAsFootnotes = false;
 };
 
 bool takeValue(const QStringList& args, int& i, QString& value)
@@ -108,6 +109,8 @@ int parseArguments(const QStringList& args, Settings& s)
         } else if (arg == QLatin1String("--option")) {
             if (!takeValue(args, i, value) || !parseOption(value, s.options))
                 return 2;
+        } else if (arg == QLatin1String("--annotations-as-footnotes")) {
+            s.annotationsAsFootnotes = true;
         } else if (arg == QLatin1String("--author")) {
             if (!takeValue(args, i, value))
                 return 2;
@@ -142,7 +145,7 @@ int parseArguments(const QStringList& args, Settings& s)
     }
     if (s.input.isEmpty() || s.output.isEmpty()) {
         printError(QStringLiteral("usage: qly convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml] "
-                                  "[--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME]"));
+                                  "[--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME] [--annotations-as-footnotes]"));
         return 2;
     }
     return 0;
@@ -268,6 +271,9 @@ int runWordRTFExport(const QStringList& args)
     AttributedString text = resolveLinks(stored.attributedString(), QFileInfo(s.input).absoluteDir());
     markSections(text);
     text = attributedStringByConvertingLinkedCommentsToInlineAttributesWithCommentOption(text, InlineLinkedComments);
+    // Annotations written as footnotes are the third footnote kind, with their own endnote option.
+    if (s.annotationsAsFootnotes)
+        text = attributedStringByConvertingInlineAnnotationsToFootnotes(text);
 
     // Settings from the command line win over those the stored RTF had.
     QVariantMap documentAttributes = storedAttributes;
