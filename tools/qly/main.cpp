@@ -3,7 +3,9 @@
 #include <QGuiApplication>
 #include <cstring>
 #include <memory>
+#include <QDir>
 #include <QFile>
+#include <unistd.h>
 #include <QStringConverter>
 #include <cstdio>
 
@@ -80,6 +82,14 @@ int main(int argc, char** argv)
         needsGui = needsGui || std::strcmp(argv[i], "word-rtf") == 0;
     if (needsGui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Without a session (CI, a shell on a server) the GUI classes warn about a missing runtime folder;
+    // give them a private one.
+    if (needsGui && qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        const QByteArray dir = QDir::tempPath().toUtf8() + "/qly-runtime-" + QByteArray::number(getuid());
+        if (QDir().mkpath(QString::fromUtf8(dir)))
+            QFile::setPermissions(QString::fromUtf8(dir), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", dir);
+    }
     std::unique_ptr<QCoreApplication> app(needsGui ? new QGuiApplication(argc, argv)
                                                    : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("qly"));
