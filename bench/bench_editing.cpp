@@ -1,5 +1,7 @@
 // Replacing all occurrences in a large attributed text. The cost should grow with the number of
 // matches, not with matches × text length: time_per_match must stay flat as the text grows.
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -66,11 +68,5 @@ BENCHMARK(BM_ReplaceWholeWords)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::k
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv);
 }

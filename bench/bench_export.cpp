@@ -1,6 +1,8 @@
 // The extended RTF export of a long manuscript: 200k words with 2,000 footnotes, 500 linked comments,
 // 200 annotations, 100 bookmarks, 50 sections and headers and footers (Arg 1), and the same document
 // twice over (Arg 2), to show that the passes grow linearly. Reports the median export in ms.
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -86,8 +88,7 @@ void BM_ExtendedRTFExport(benchmark::State& state)
         bytes = rtf.size();
         benchmark::DoNotOptimize(rtf.data());
     }
-    std::sort(ms.begin(), ms.end());
-    state.counters["median_ms"] = ms[ms.size() / 2];
+    state.counters["median_ms"] = qly::bench::median(ms);
     state.counters["rtf_bytes"] = double(bytes);
     state.counters["text_units"] = double(text.length());
 }
@@ -98,10 +99,5 @@ BENCHMARK(BM_ExtendedRTFExport)->Arg(1)->Arg(2)->Iterations(5)->Unit(benchmark::
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv);
 }

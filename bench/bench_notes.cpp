@@ -2,6 +2,8 @@
 // each kind (annotations, inline footnotes, preserve-formatting runs, keep-with-next paragraphs,
 // linked comments and inline comments). Reported per run as counters: median_ms over the runs, and
 // the text's size.
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -93,12 +95,6 @@ const AttributedString& manuscript()
     return text;
 }
 
-double medianMs(std::vector<double>& ms)
-{
-    std::nth_element(ms.begin(), ms.begin() + ms.size() / 2, ms.end());
-    return ms[ms.size() / 2];
-}
-
 template <typename Fn> double timeMs(Fn&& fn)
 {
     const auto t0 = Clock::now();
@@ -120,9 +116,9 @@ void BM_AttributesToTagsToAttributes(benchmark::State& state)
         if (back.length() != text.length())
             state.SkipWithError("the round trip changed the text");
     }
-    state.counters["median_ms"] = medianMs(total);
-    state.counters["to_tags_ms"] = medianMs(toTags);
-    state.counters["to_attributes_ms"] = medianMs(toAttributes);
+    state.counters["median_ms"] = qly::bench::median(total);
+    state.counters["to_tags_ms"] = qly::bench::median(toTags);
+    state.counters["to_attributes_ms"] = qly::bench::median(toAttributes);
     state.counters["units"] = double(text.length());
 }
 
@@ -135,7 +131,7 @@ void BM_InlineOutput(benchmark::State& state)
         ms.push_back(timeMs([&] { out = attributedStringWithAnnotationsInline(text, true, true, false, QVariantMap()); }));
         benchmark::DoNotOptimize(out);
     }
-    state.counters["median_ms"] = medianMs(ms);
+    state.counters["median_ms"] = qly::bench::median(ms);
     state.counters["units"] = double(text.length());
 }
 
@@ -146,10 +142,5 @@ BENCHMARK(BM_InlineOutput)->Iterations(9)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);   // fonts for the marks and the drawn rule
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv);
 }

@@ -3,6 +3,8 @@
 // 300 ms, and reading with a peak memory of at most 10 times the RTF's size. Reported counters:
 // median_ms per operation, rtf_bytes, and for reading peak_bytes (rise of the peak resident set)
 // and peak_ratio (peak_bytes / rtf_bytes).
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -68,12 +70,6 @@ const QByteArray& manuscriptRTF()
     return rtf;
 }
 
-double medianMs(std::vector<double>& ms)
-{
-    std::nth_element(ms.begin(), ms.begin() + ms.size() / 2, ms.end());
-    return ms[ms.size() / 2];
-}
-
 long long statusKilobytes(const char* field)
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -104,7 +100,7 @@ void BM_WriteRTF(benchmark::State& state)
         ms.push_back(std::chrono::duration<double, std::milli>(Clock::now() - t0).count());
         bytes = rtf.size();
     }
-    state.counters["median_ms"] = medianMs(ms);
+    state.counters["median_ms"] = qly::bench::median(ms);
     state.counters["rtf_bytes"] = double(bytes);
     state.counters["runs"] = double(text.runCount());
 }
@@ -125,7 +121,7 @@ void BM_ReadRTF(benchmark::State& state)
             state.SkipWithError("the RTF did not read back");
         benchmark::DoNotOptimize(text);
     }
-    state.counters["median_ms"] = medianMs(ms);
+    state.counters["median_ms"] = qly::bench::median(ms);
     state.counters["rtf_bytes"] = double(rtf.size());
     state.counters["peak_bytes"] = double(peakBytes);
     state.counters["peak_ratio"] = double(peakBytes) / double(rtf.size());
@@ -138,12 +134,8 @@ BENCHMARK(BM_ReadRTF)->Iterations(15)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    manuscript();
-    manuscriptRTF();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv, [] {
+        manuscript();
+        manuscriptRTF();
+    });
 }

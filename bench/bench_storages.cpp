@@ -2,6 +2,8 @@
 // timed as a whole (the edit, the word count, the statistics notification and attribute fixing,
 // routed to the component and mirrored for the aggregate). Per-keystroke medians and 90th
 // percentiles are reported as counters (median_us, p90_us).
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -72,13 +74,7 @@ struct Figures {
 
 Figures figures(std::vector<double>& ns)
 {
-    Figures f;
-    if (ns.empty())
-        return f;
-    std::sort(ns.begin(), ns.end());
-    f.median = ns[ns.size() / 2] / 1000.0;
-    f.p90 = ns[ns.size() * 9 / 10] / 1000.0;
-    return f;
+    return Figures{qly::bench::median(ns) / 1000.0, qly::bench::quantile(ns, 0.9) / 1000.0};
 }
 
 QChar typedCharacter(QRandomGenerator& rng)
@@ -155,10 +151,5 @@ BENCHMARK(BM_AggregateTyping)->Arg(200'000)->Arg(1'000'000)->Iterations(1)->Unit
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv);
 }

@@ -1,6 +1,8 @@
 // The text model on large texts, with Qt's QTextDocument run on the same edits as the reference.
 // Texts hold one attribute run per 60 UTF-16 units. Per-operation medians are reported as counters
 // (model_median_us, qt_median_us, ratio = model / qt).
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -78,14 +80,6 @@ QTextDocument* qtDocument(qsizetype units)
     return cache.emplace(units, doc).first->second;
 }
 
-double medianMicros(std::vector<double>& ns)
-{
-    if (ns.empty())
-        return 0;
-    std::nth_element(ns.begin(), ns.begin() + ns.size() / 2, ns.end());
-    return ns[ns.size() / 2] / 1000.0;
-}
-
 template <typename Fn> double timeNs(Fn&& fn)
 {
     const auto t0 = Clock::now();
@@ -124,7 +118,7 @@ void BM_InsertDelete(benchmark::State& state, bool deleting)
             cursor.deleteChar();
         }
     }
-    const double m = medianMicros(modelNs), q = medianMicros(qtNs);
+    const double m = qly::bench::median(modelNs) / 1000.0, q = qly::bench::median(qtNs) / 1000.0;
     state.counters["model_median_us"] = m;
     state.counters["qt_median_us"] = q;
     state.counters["ratio"] = q > 0 ? m / q : 0;
@@ -144,7 +138,7 @@ void BM_TextStorageInsert(benchmark::State& state)
         const qsizetype pos = rng.bounded(int(units - 2)) + 1;
         ns.push_back(timeNs([&] { storage.replaceCharacters(Range{pos, 0}, QStringLiteral("x")); }));
     }
-    state.counters["median_us"] = medianMicros(ns);
+    state.counters["median_us"] = qly::bench::median(ns) / 1000.0;
 }
 
 void BM_AttributesAtIndex(benchmark::State& state)
@@ -159,7 +153,7 @@ void BM_AttributesAtIndex(benchmark::State& state)
         ns.push_back(timeNs([&] { benchmark::DoNotOptimize(model.attributes(pos, &effective)); }));
         benchmark::DoNotOptimize(effective);
     }
-    state.counters["median_us"] = medianMicros(ns);
+    state.counters["median_us"] = qly::bench::median(ns) / 1000.0;
 }
 
 void BM_WordCountWholeText(benchmark::State& state)
@@ -181,10 +175,5 @@ BENCHMARK(BM_WordCountWholeText)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);   // QTextDocument needs fonts for its layout
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return qly::bench::runBenchmarks(argc, argv);
 }
