@@ -1,4 +1,7 @@
 #include <qlyappkit/interchange/XMLElement.h>
+#include "support/TestFiles.h"
+
+using namespace qly::testfiles;
 #include <qlyappkit/interchange/XMLFile.h>
 
 #include <QDir>
@@ -7,29 +10,13 @@
 
 using namespace qly;
 
-namespace {
-
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-} // namespace
 
 TEST(XMLFile, WritesIndentedUtf8AtomicallyAndReadsBack)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     const QString path = dir.filePath(u"settings.xml"_qs);
-    writeBytes(path, "old contents that must be replaced entirely");
+    writeFileBytes(path, "old contents that must be replaced entirely");
 
     pugi::xml_document document;
     pugi::xml_node root = addChildElementWithName(document, u"Settings"_qs, QString());
@@ -39,7 +26,7 @@ TEST(XMLFile, WritesIndentedUtf8AtomicallyAndReadsBack)
 
     Error error;
     ASSERT_TRUE(writeXMLDocumentAtomically(document, path, &error));
-    const QByteArray bytes = fileBytes(path);
+    const QByteArray bytes = readFileBytes(path);
     EXPECT_TRUE(bytes.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings Version=\"2\">\n"))
         << bytes.toStdString();
     EXPECT_TRUE(bytes.contains("\n    <Title>\xC3\x9Cn\xC3\xAF" "c\xC3\xB6" "d\xC3\xA9 &amp; more</Title>\n"))
@@ -63,7 +50,7 @@ TEST(XMLFile, KeepsTheDocumentsOwnDeclaration)
     pugi::xml_document document;
     ASSERT_TRUE(document.load_string("<?xml version=\"1.0\" standalone=\"yes\"?><a/>", pugi::parse_default | pugi::parse_declaration));
     ASSERT_TRUE(writeXMLDocumentAtomically(document, path));
-    const QByteArray bytes = fileBytes(path);
+    const QByteArray bytes = readFileBytes(path);
     EXPECT_EQ(bytes.count("<?xml"), 1);
     EXPECT_TRUE(bytes.startsWith("<?xml version=\"1.0\" standalone=\"yes\"?>")) << bytes.toStdString();
 }
@@ -95,13 +82,13 @@ TEST(XMLFile, LoadReportsMissingAndMalformedFiles)
     EXPECT_FALSE(document.first_child()); // the old contents never survive a load
 
     const QString broken = dir.filePath(u"broken.xml"_qs);
-    writeBytes(broken, "<root><open></root>");
+    writeFileBytes(broken, "<root><open></root>");
     const pugi::xml_parse_result result = loadXMLDocument(broken, document, false);
     EXPECT_FALSE(result);
     EXPECT_EQ(result.status, pugi::status_end_element_mismatch);
     EXPECT_EQ(result.offset, 14);
 
-    writeBytes(broken, "");
+    writeFileBytes(broken, "");
     EXPECT_EQ(loadXMLDocument(broken, document, false).status, pugi::status_no_document_element);
 
     EXPECT_EQ(loadXMLDocument(dir.path(), document, false).status, pugi::status_io_error); // a folder
@@ -111,7 +98,7 @@ TEST(XMLFile, LoadKeepsWhitespaceOnlyTextWhenAsked)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(u"space.xml"_qs);
-    writeBytes(path, "<a>\n  <b> x </b>\n  <c>  </c>\n</a>");
+    writeFileBytes(path, "<a>\n  <b> x </b>\n  <c>  </c>\n</a>");
 
     pugi::xml_document document;
     ASSERT_TRUE(loadXMLDocument(path, document, false));

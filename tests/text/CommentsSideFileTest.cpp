@@ -1,4 +1,5 @@
 #include <qlyappkit/text/CommentsSideFile.h>
+#include "support/TestFiles.h"
 
 #include "support/RichTextAssertions.h"
 
@@ -16,6 +17,8 @@
 
 using namespace qly;
 
+using namespace qly::testfiles;
+
 namespace {
 
 AttributedString richCommentText()
@@ -27,19 +30,6 @@ AttributedString richCommentText()
     text.append(QStringLiteral("red \u65e5\u672c\u8a9e \U0001F600"),
                 {{ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
     return text;
-}
-
-void writeFile(const QString& path, const QByteArray& contents)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(contents);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QString attributeOf(const pugi::xml_node& element, const char* name)
@@ -123,7 +113,7 @@ TEST(CommentsSideFile, WriteThenReadRoundTrip)
 
     Error error;
     ASSERT_TRUE(writeCommentsToURL(sample.text, path, &error)) << qPrintable(error.localizedDescription);
-    EXPECT_TRUE(readFile(path).startsWith("<?xml version=\"1.0\""));
+    EXPECT_TRUE(readFileBytes(path).startsWith("<?xml version=\"1.0\""));
 
     const std::optional<XQCommentsByID> read = commentsFromURL(path);
     ASSERT_TRUE(read);
@@ -198,7 +188,7 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
 
     CommentedSample sample;
     ASSERT_TRUE(writeCommentsToURL(sample.text, path));
-    const QByteArray good = readFile(path);
+    const QByteArray good = readFileBytes(path);
 
     const QList<QByteArray> broken{
         QByteArray(),
@@ -209,7 +199,7 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
     };
     for (const QByteArray& contents : broken) {
         SCOPED_TRACE(contents.left(40).toStdString());
-        writeFile(path, contents);
+        writeFileBytes(path, contents);
         EXPECT_FALSE(commentsFromURL(path));
         // Loading from such a file leaves the text alone.
         MutableAttributedString text(QStringLiteral("abc"), {{LinkAttributeName, QStringLiteral("quillcmt://A")}});
@@ -218,7 +208,7 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
     }
 
     // Children without an ID are skipped; damaged rich text gives an empty text, no rich text keeps the default.
-    writeFile(path, "<Comments><Comment Footnote=\"Yes\"/>"
+    writeFileBytes(path, "<Comments><Comment Footnote=\"Yes\"/>"
                     "<Comment ID=\"B\" Number=\"x9\" Color=\"1 2\"><RTF><![CDATA[%%% not base64]]></RTF></Comment>"
                     "<Comment ID=\"C\" Collapsed=\"yes\"><RTF><![CDATA[AAAA]]></RTF></Comment>"
                     "<Other ID=\"D\"/></Comments>");

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "support/TestFiles.h"
+
 namespace qly::tooltest {
 
 inline const QString Qly = QStringLiteral(QLY_BINARY_DIR "/tools/qly/qly");
@@ -29,12 +31,11 @@ inline QlyRun runQly(const QStringList& args)
     return run;
 }
 
+/// Writes a file into dir and returns its path.
 inline QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)
 {
     const QString path = dir.filePath(name);
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(bytes);
+    testfiles::writeFileBytes(path, bytes);
     return path;
 }
 

@@ -1,6 +1,7 @@
 // qly convert --to word-rtf on the bundled manuscript: notes, comments, bookmarks and pictures arrive
 // as word-processor RTF; options, paper and margins reach the writer; bad input writes nothing.
 #include <gtest/gtest.h>
+#include "support/TestFiles.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,15 +12,11 @@
 
 using namespace qly::tooltest;
 
+using namespace qly::testfiles;
+
 namespace {
 
 const QString Manuscript = QStringLiteral(QLY_SOURCE_DIR "/samples/manuscript.rtf");
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // Runs the export of the sample with extra arguments; the RTF written, empty when none.
 QByteArray exportSample(const QTemporaryDir& dir, const QStringList& extra, QlyRun* run = nullptr)
@@ -31,7 +28,7 @@ QByteArray exportSample(const QTemporaryDir& dir, const QStringList& extra, QlyR
                       + extra);
     if (run)
         *run = r;
-    return readAll(out);
+    return readFileBytes(out);
 }
 
 } // namespace
@@ -141,7 +138,7 @@ TEST(WordRTFExport, CommentsFileAndUnreadableInput)
     QlyRun run = runQly({QStringLiteral("convert"), copy, QStringLiteral("-o"), out, QStringLiteral("--to"),
                          QStringLiteral("word-rtf")});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    QString text = QString::fromLatin1(readAll(out));
+    QString text = QString::fromLatin1(readFileBytes(out));
     EXPECT_EQ(text.count(QStringLiteral("{\\*\\annotation")), 1);
     EXPECT_EQ(text.count(QStringLiteral("{\\*\\footnote")), 3);
     // --comments names it explicitly.
@@ -149,7 +146,7 @@ TEST(WordRTFExport, CommentsFileAndUnreadableInput)
                   QStringLiteral("word-rtf"), QStringLiteral("--comments"),
                   QStringLiteral(QLY_SOURCE_DIR "/samples/manuscript.comments.xml")});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    text = QString::fromLatin1(readAll(out));
+    text = QString::fromLatin1(readFileBytes(out));
     EXPECT_EQ(text.count(QStringLiteral("{\\*\\footnote")), 5);
     EXPECT_TRUE(text.contains(QStringLiteral("Describe the house earlier")));
 
