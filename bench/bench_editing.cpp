@@ -6,8 +6,8 @@
 
 #include <QApplication>
 
-#include <qlyappkit/platform/MutableAttributedString.h>
-#include <qlyappkit/text/AttributedStringEditing.h>
+#include <qlyappkit/platform/text/MutableAttributedString.h>
+#include <qlyappkit/text/editing/AttributedStringEditing.h>
 
 using namespace qly;
 

@@ -11,13 +11,13 @@
 #include <chrono>
 #include <vector>
 
-#include <qlyappkit/interchange/ExtendedRTFWriter.h>
-#include <qlyappkit/interchange/RTFOptions.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/text/NoteConversions.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
+#include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
+#include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;

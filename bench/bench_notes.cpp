@@ -11,13 +11,13 @@
 #include <algorithm>
 #include <chrono>
 
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/text/InlineNotes.h>
-#include <qlyappkit/text/NoteTags.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/notes/InlineNotes.h>
+#include <qlyappkit/text/notes/NoteTags.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;

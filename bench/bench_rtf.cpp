@@ -13,10 +13,10 @@
 #include <algorithm>
 #include <chrono>
 
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
 

@@ -12,12 +12,12 @@
 #include <chrono>
 #include <map>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/text/XQAggregateTextStorage.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
-#include <qlyappkit/text/XQTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorage.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/storages/XQTextStorage.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;

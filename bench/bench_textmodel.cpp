@@ -13,10 +13,10 @@
 #include <chrono>
 #include <map>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/TextStorage.h>
-#include <qlyappkit/platform/WordCounting.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/TextStorage.h>
+#include <qlyappkit/platform/text/WordCounting.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;

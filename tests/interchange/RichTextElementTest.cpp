@@ -1,12 +1,12 @@
-#include <qlyappkit/interchange/RichTextElement.h>
+#include <qlyappkit/interchange/xml/RichTextElement.h>
 
 #include <sstream>
 
 #include "support/RichTextAssertions.h"
 
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 using namespace qly;
 

@@ -1,4 +1,4 @@
-#include <qlyappkit/interchange/XMLValues.h>
+#include <qlyappkit/interchange/xml/XMLValues.h>
 
 #include <QStringList>
 
@@ -79,9 +79,9 @@ TEST(XMLValues, FloatAndDoubleReaders)
     EXPECT_EQ(XQDoubleFromXMLStringValue(u"1e-3"_qs), 0.001);
 
     // Writing what was read gives the same text back.
-    for (const QString text : {u"0.1"_qs, u"123456.789"_qs, u"-42.000001"_qs, u"0.333333"_qs, u"7.0"_qs})
+    for (const QString& text : {u"0.1"_qs, u"123456.789"_qs, u"-42.000001"_qs, u"0.333333"_qs, u"7.0"_qs})
         EXPECT_EQ(XQStringFromDouble(XQDoubleFromXMLStringValue(text)), text);
-    for (const QString text : {u"0.1"_qs, u"0.123457"_qs, u"612.0"_qs, u"-0.5"_qs})
+    for (const QString& text : {u"0.1"_qs, u"0.123457"_qs, u"612.0"_qs, u"-0.5"_qs})
         EXPECT_EQ(XQStringFromFloat(XQFloatFromXMLStringValue(text)), text);
 }
 
@@ -110,9 +110,9 @@ TEST(XMLValues, TruthValues)
 {
     EXPECT_EQ(XQXMLStringValueFromBool(true), u"Yes");
     EXPECT_EQ(XQXMLStringValueFromBool(false), u"No");
-    for (const QString text : {u"yes"_qs, u"Yes"_qs, u"YES"_qs, u"yEs"_qs})
+    for (const QString& text : {u"yes"_qs, u"Yes"_qs, u"YES"_qs, u"yEs"_qs})
         EXPECT_TRUE(XQBoolFromXMLStringValue(text)) << text.toStdString();
-    for (const QString text : {u"1"_qs, u"true"_qs, u"Y"_qs, u" yes"_qs, u"yes "_qs, u"No"_qs, u""_qs, u"yess"_qs})
+    for (const QString& text : {u"1"_qs, u"true"_qs, u"Y"_qs, u" yes"_qs, u"yes "_qs, u"No"_qs, u""_qs, u"yess"_qs})
         EXPECT_FALSE(XQBoolFromXMLStringValue(text)) << text.toStdString();
 }
 
@@ -137,7 +137,7 @@ TEST(XMLValues, Colours)
 
     EXPECT_EQ(XQColorFromXMLStringValue(u"0.2 0.4 x"_qs), Color(0.2, 0.4, 0)); // a bad part reads as 0
 
-    for (const QString text : {u""_qs, u"1 0"_qs, u"1 0 0 1"_qs, u"1  0 0"_qs, u"1,0,0"_qs, u" 1 0 0"_qs})
+    for (const QString& text : {u""_qs, u"1 0"_qs, u"1 0 0 1"_qs, u"1  0 0"_qs, u"1,0,0"_qs, u" 1 0 0"_qs})
         EXPECT_FALSE(XQColorFromXMLStringValue(text)) << text.toStdString();
 }
 
@@ -152,7 +152,7 @@ TEST(XMLValues, DatesKeepTheirOffset)
     EXPECT_EQ(read.time(), QTime(14, 5, 9));
     EXPECT_EQ(XQXMLStringValueFromDate(read), u"2026-11-22 14:05:09 +0100");
 
-    for (const QString text : {u"1999-01-02 03:04:05 -0930"_qs, u"2024-02-29 23:59:59 +0545"_qs,
+    for (const QString& text : {u"1999-01-02 03:04:05 -0930"_qs, u"2024-02-29 23:59:59 +0545"_qs,
                                u"2000-06-30 00:00:00 +0000"_qs, u"0987-12-31 12:00:00 +1400"_qs})
         EXPECT_EQ(XQXMLStringValueFromDate(XQDateFromXMLStringValue(text)), text);
     EXPECT_EQ(XQDateFromXMLStringValue(u"1999-01-02 03:04:05 -0930"_qs).offsetFromUtc(), -(9 * 3600 + 30 * 60));
@@ -165,7 +165,7 @@ TEST(XMLValues, DatesKeepTheirOffset)
 
 TEST(XMLValues, EmptyOrBadDatesReadAsNow)
 {
-    for (const QString text : {u""_qs, u"yesterday"_qs, u"2026-13-01 00:00:00 +0000"_qs,
+    for (const QString& text : {u""_qs, u"yesterday"_qs, u"2026-13-01 00:00:00 +0000"_qs,
                                u"2026-02-30 00:00:00 +0000"_qs, u"2026-01-01 25:00:00 +0000"_qs,
                                u"2026-01-01 10:00:00 +2500"_qs, u"2026-01-01 10:00:00 +0160"_qs,
                                u"2026-01-01 10:00:00"_qs, u"2026-01-01"_qs}) {

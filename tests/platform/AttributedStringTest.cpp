@@ -5,10 +5,10 @@
 #include <QRandomGenerator>
 #include <vector>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/CharacterSets.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/WordCounting.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/strings/CharacterSets.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/WordCounting.h>
 
 using namespace qly;
 

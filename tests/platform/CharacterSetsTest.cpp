@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/CharacterSets.h>
+#include <qlyappkit/platform/strings/CharacterSets.h>
 
 using namespace qly;
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <qlyappkit/platform/Color.h>
+#include <qlyappkit/platform/values/Color.h>
 
 using namespace qly;
 

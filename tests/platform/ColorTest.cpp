@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/Color.h>
+#include <qlyappkit/platform/values/Color.h>
 
 using qly::Color;
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include <qlyappkit/platform/EscapeParsing.h>
+#include <qlyappkit/platform/strings/EscapeParsing.h>
 
 using namespace qly;
 

@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/Font.h>
+#include <qlyappkit/platform/values/Font.h>
 
 #include <QFontDatabase>
 #include <QFontInfo>

@@ -1,10 +1,10 @@
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/KeyedArchiver.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/TextAttachment.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/services/KeyedArchiver.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
 
 #include <QBuffer>
 #include <QCborArray>

@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/NotificationCenter.h>
+#include <qlyappkit/platform/services/NotificationCenter.h>
 
 #include <QStringList>
 

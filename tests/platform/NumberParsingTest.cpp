@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/NumberParsing.h>
+#include <qlyappkit/platform/strings/NumberParsing.h>
 
 #include <cmath>
 #include <limits>

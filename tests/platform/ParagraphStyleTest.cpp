@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/ParagraphStyle.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 
 using namespace qly;
 

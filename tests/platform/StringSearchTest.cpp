@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/StringSearch.h>
+#include <qlyappkit/platform/strings/StringSearch.h>
 
 using namespace qly;
 

@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/TextAttachment.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
 
 #include <QBuffer>
 #include <QImageReader>

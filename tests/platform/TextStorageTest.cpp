@@ -2,9 +2,9 @@
 // notification, observers.
 #include <gtest/gtest.h>
 
-#include <qlyappkit/platform/NotificationCenter.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/TextStorage.h>
+#include <qlyappkit/platform/services/NotificationCenter.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/TextStorage.h>
 
 using namespace qly;
 

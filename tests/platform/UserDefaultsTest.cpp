@@ -1,4 +1,4 @@
-#include <qlyappkit/platform/UserDefaults.h>
+#include <qlyappkit/platform/services/UserDefaults.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -27,8 +27,9 @@ TEST(UserDefaults, StorageIsIsolated)
     const QString real = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + QStringLiteral("/QlyAppKit/") + UserDefaults::processName() + QStringLiteral(".ini");
     QFile file(real);
-    if (file.open(QIODevice::ReadOnly))
+    if (file.open(QIODevice::ReadOnly)) {
         EXPECT_FALSE(file.readAll().contains(probe.toLatin1())) << real.toStdString();
+    }
     EXPECT_EQ(UserDefaults::processName(), QStringLiteral("QlyTests"));
 }
 

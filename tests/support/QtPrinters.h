@@ -5,7 +5,7 @@
 #include <QVariant>
 #include <ostream>
 
-#include <qlyappkit/platform/Range.h>
+#include <qlyappkit/platform/text/Range.h>
 
 inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
 inline void PrintTo(const QVariant& v, std::ostream* os)

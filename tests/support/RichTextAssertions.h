@@ -7,9 +7,9 @@
 
 #include <cmath>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
 
 namespace qly::richtext {
 

@@ -4,7 +4,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <qlyappkit/platform/UserDefaults.h>
+#include <qlyappkit/platform/services/UserDefaults.h>
 
 int main(int argc, char** argv)
 {

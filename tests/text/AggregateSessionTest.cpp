@@ -2,10 +2,10 @@
 // into the components directly and into titles, components added and removed, separators changed.
 // After every step each component's text must equal its slice of the joined text (attributes too),
 // the ranges must tile the text, and the word counts must equal full recounts.
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/text/XQAggregateTextStorage.h>
-#include <qlyappkit/text/XQAggregatingTextStorage.h>
-#include <qlyappkit/text/XQTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorage.h>
+#include <qlyappkit/text/storages/XQAggregatingTextStorage.h>
+#include <qlyappkit/text/storages/XQTextStorage.h>
 
 #include "StorageTestSupport.h"
 
@@ -290,8 +290,9 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
             const bool editable = joined.rangeIsEditable(r);
             joined.replaceCharacters(r, typed);
             // Refused edits change nothing at all.
-            if (!editable)
+            if (!editable) {
                 ASSERT_EQ(joined.length(), before);
+            }
         } else if (op < 72) {
             const Range r = randomRangeIn(rng, joined.textRanges()[size_t(i)], 20);
             if (rng.bounded(2))

@@ -1,10 +1,10 @@
-#include <qlyappkit/text/AttributeQueries.h>
+#include <qlyappkit/text/attributes/AttributeQueries.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/TextAttachment.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
 
 using namespace qly;
 

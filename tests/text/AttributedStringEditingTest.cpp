@@ -6,9 +6,9 @@
 #include <random>
 #include <utility>
 
-#include <qlyappkit/platform/EscapeParsing.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/text/AttributedStringEditing.h>
+#include <qlyappkit/platform/strings/EscapeParsing.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/editing/AttributedStringEditing.h>
 
 using namespace qly;
 

@@ -1,13 +1,12 @@
-#include <qlyappkit/text/CommentedText.h>
+#include <qlyappkit/text/comments/CommentedText.h>
 
 #include <QUrl>
 
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/StringSearch.h>
-#include <qlyappkit/text/CommentsSideFile.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
-#include <qlyappkit/text/XQCommentedTextStorageMethods.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/comments/XQCommentedTextStorageMethods.h>
 
 using namespace qly;
 

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include <qlyappkit/text/FootnoteNumbering.h>
+#include <qlyappkit/text/notes/FootnoteNumbering.h>
 
 using namespace qly;
 

@@ -2,11 +2,11 @@
 
 #include <QImage>
 
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/platform/TextAttachment.h>
-#include <qlyappkit/text/FootnoteNumbering.h>
-#include <qlyappkit/text/FootnoteRule.h>
-#include <qlyappkit/text/InlineNotes.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
+#include <qlyappkit/text/notes/FootnoteNumbering.h>
+#include <qlyappkit/text/notes/FootnoteRule.h>
+#include <qlyappkit/text/notes/InlineNotes.h>
 
 #include "NoteTestSupport.h"
 

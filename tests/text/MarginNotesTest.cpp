@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <qlyappkit/platform/NotificationCenter.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/platform/TextStorage.h>
-#include <qlyappkit/text/MarginNotes.h>
+#include <qlyappkit/platform/services/NotificationCenter.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/text/TextStorage.h>
+#include <qlyappkit/text/notes/MarginNotes.h>
 
 #include "NoteTestSupport.h"
 

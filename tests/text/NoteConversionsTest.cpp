@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/text/NoteConversions.h>
-#include <qlyappkit/text/NoteStripping.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
+#include <qlyappkit/text/notes/NoteStripping.h>
 
 #include "NoteTestSupport.h"
 

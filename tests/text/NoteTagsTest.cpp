@@ -3,8 +3,8 @@
 #include <QRandomGenerator>
 #include <cmath>
 
-#include <qlyappkit/platform/TextAttachment.h>
-#include <qlyappkit/text/NoteTags.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
+#include <qlyappkit/text/notes/NoteTags.h>
 
 #include "NoteTestSupport.h"
 

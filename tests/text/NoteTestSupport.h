@@ -4,12 +4,12 @@
 #include <initializer_list>
 #include <utility>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
 
 namespace notetest {
 

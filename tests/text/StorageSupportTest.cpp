@@ -1,5 +1,5 @@
 // The storages' block-reading paragraph finder must agree with the platform's character-by-character one.
-#include <qlyappkit/text/StorageSupport_p.h>
+#include <qlyappkit/text/storages/StorageSupport_p.h>
 
 #include "StorageTestSupport.h"
 

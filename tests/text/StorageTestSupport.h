@@ -6,12 +6,12 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/NotificationCenter.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/WordCounting.h>
-#include <qlyappkit/text/XQAttributeNames.h>
-#include <qlyappkit/text/XQComment.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/services/NotificationCenter.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/WordCounting.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
 
 namespace qly::testing {
 

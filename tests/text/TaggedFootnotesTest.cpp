@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <qlyappkit/text/TaggedFootnotes.h>
+#include <qlyappkit/text/notes/TaggedFootnotes.h>
 
 #include "NoteTestSupport.h"
 

@@ -1,11 +1,11 @@
-#include <qlyappkit/text/XQAggregateTextStorage.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorage.h>
 
 #include <QTest>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/NamedException.h>
-#include <qlyappkit/text/XQAggregateTextStorageComponent.h>
-#include <qlyappkit/text/XQTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/services/NamedException.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
+#include <qlyappkit/text/storages/XQTextStorage.h>
 
 #include "StorageTestSupport.h"
 

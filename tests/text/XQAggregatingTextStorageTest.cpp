@@ -1,7 +1,7 @@
-#include <qlyappkit/text/XQAggregatingTextStorage.h>
+#include <qlyappkit/text/storages/XQAggregatingTextStorage.h>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/text/XQTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/text/storages/XQTextStorage.h>
 
 #include "StorageTestSupport.h"
 

@@ -1,16 +1,16 @@
-#include <qlyappkit/text/XQComment.h>
+#include <qlyappkit/text/comments/XQComment.h>
 
 #include <QCborMap>
 #include <QLocale>
 #include <QRegularExpression>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/KeyedArchiver.h>
-#include <qlyappkit/platform/NamedException.h>
-#include <qlyappkit/platform/NotificationCenter.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/UserDefaults.h>
-#include <qlyappkit/text/XQAttributeNames.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/services/KeyedArchiver.h>
+#include <qlyappkit/platform/services/NamedException.h>
+#include <qlyappkit/platform/services/NotificationCenter.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/services/UserDefaults.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 using namespace qly;
 

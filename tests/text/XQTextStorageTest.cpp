@@ -1,9 +1,9 @@
-#include <qlyappkit/text/XQTextStorage.h>
+#include <qlyappkit/text/storages/XQTextStorage.h>
 
 #include <QUrl>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/text/XQWordCountingTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/text/storages/XQWordCountingTextStorage.h>
 
 #include "StorageTestSupport.h"
 

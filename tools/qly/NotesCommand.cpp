@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include <qlyappkit/text/NoteTags.h>
-#include <qlyappkit/text/XQAttributeNames.h>
+#include <qlyappkit/text/notes/NoteTags.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 #include "Commands.h"
 

@@ -4,7 +4,7 @@
 #include <QFileInfo>
 
 #include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/text/XQWordCountingTextStorage.h>
+#include <qlyappkit/text/storages/XQWordCountingTextStorage.h>
 
 #include "Commands.h"
 

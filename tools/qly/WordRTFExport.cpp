@@ -1,16 +1,16 @@
 // qly convert --to word-rtf: a stored text (RTF with note tags, comments in a side file) exported as
 // RTF that word processors read with real footnotes, annotations, bookmarks, sections and pictures.
-#include <qlyappkit/interchange/ExtendedRTFWriter.h>
-#include <qlyappkit/interchange/RTFBookmarks.h>
-#include <qlyappkit/interchange/RTFOptions.h>
-#include <qlyappkit/platform/MutableAttributedString.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
-#include <qlyappkit/platform/TextAttachment.h>
+#include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
+#include <qlyappkit/interchange/rtf/RTFBookmarks.h>
+#include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/platform/text/MutableAttributedString.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
 #include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/text/CommentsSideFile.h>
-#include <qlyappkit/text/LinkValues.h>
-#include <qlyappkit/text/NoteConversions.h>
-#include <qlyappkit/text/NoteTags.h>
+#include <qlyappkit/interchange/comments/CommentsSideFile.h>
+#include <qlyappkit/text/attributes/LinkValues.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
+#include <qlyappkit/text/notes/NoteTags.h>
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // A program outside the project, built against the installed package.
 #include <cstdio>
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/WordCounting.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/text/WordCounting.h>
 
 int main()
 {

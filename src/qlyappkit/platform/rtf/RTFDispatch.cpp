@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include <qlyappkit/platform/PlatformAttributes.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFCodePages_p.h>
 #include <qlyappkit/platform/rtf/RTFListFormats_p.h>
 

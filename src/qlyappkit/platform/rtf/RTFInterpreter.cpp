@@ -3,8 +3,8 @@
 #include <QSizeF>
 #include <algorithm>
 
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFCodePages_p.h>
 #include <qlyappkit/platform/rtf/RTFListFormats_p.h>
 

@@ -12,9 +12,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include <qlyappkit/platform/AttributedString.h>
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/platform/rtf/RTFControlWords_p.h>
 #include <qlyappkit/platform/rtf/RTFHandler_p.h>
 

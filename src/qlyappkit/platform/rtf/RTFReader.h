@@ -9,7 +9,7 @@
 #include <QVariantMap>
 #include <optional>
 
-#include <qlyappkit/platform/AttributedString.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 
 namespace qly {
 

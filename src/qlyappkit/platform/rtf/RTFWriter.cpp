@@ -5,10 +5,10 @@
 #include <cmath>
 #include <vector>
 
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
-#include <qlyappkit/platform/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFOutput_p.h>
 #include <qlyappkit/platform/rtf/RTFWriterTables_p.h>
 

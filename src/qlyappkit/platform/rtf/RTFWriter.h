@@ -10,7 +10,7 @@
 #include <QByteArray>
 #include <QVariantMap>
 
-#include <qlyappkit/platform/AttributedString.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 
 namespace qly {
 

@@ -5,9 +5,9 @@
 #include <QVector>
 #include <vector>
 
-#include <qlyappkit/platform/Color.h>
-#include <qlyappkit/platform/Font.h>
-#include <qlyappkit/platform/ParagraphStyle.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/platform/rtf/RTFOutput_p.h>
 
 namespace qly::rtf {

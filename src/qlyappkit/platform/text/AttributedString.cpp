@@ -1,0 +1,706 @@
+#include <qlyappkit/platform/text/AttributedString.h>
+
+#include <QDebug>
+#include <algorithm>
+
+#include "AttributedString_p.h"
+
+namespace qly {
+
+namespace {
+constexpr int DefaultLeafCapacity = 4096;
+int g_leafCapacity = DefaultLeafCapacity;
+
+bool sameValue(const QVariant& a, const QVariant& b)
+{
+    if (!a.isValid() || !b.isValid())
+        return a.isValid() == b.isValid();
+    return a == b;
+}
+} // namespace
+
+// ---------------------------------------------------------------- runs and pieces
+
+qsizetype TextLeaf::runIndex(qsizetype offset) const
+{
+    auto it = std::upper_bound(runs.begin(), runs.end(), offset,
+                               [](qsizetype o, const TextRun& r) { return o < r.start; });
+    return qsizetype(it - runs.begin()) - 1;
+}
+
+void TextPiece::append(QStringView more, const Attributes& attributes)
+{
+    if (more.isEmpty())
+        return;
+    if (runs.empty() || !sameAttributes(runs.back().attributes, attributes))
+        runs.push_back(TextRun{text.size(), attributes});
+    text.append(more);
+}
+
+void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype from, qsizetype to)
+{
+    if (runs.empty())
+        return;
+    from = std::max<qsizetype>(from, 0);
+    to = std::min<qsizetype>(to, qsizetype(runs.size()) - 1);
+    // Drop empty runs in the window (a run is empty when the next one starts at the same offset).
+    for (qsizetype i = to; i >= from; --i) {
+        const qsizetype end = i + 1 < qsizetype(runs.size()) ? runs[size_t(i) + 1].start : textLength;
+        if (end <= runs[size_t(i)].start && runs.size() > 1) {
+            runs.erase(runs.begin() + i);
+            --to;
+        }
+    }
+    if (!runs.empty())
+        runs.front().start = 0;
+    to = std::min<qsizetype>(to, qsizetype(runs.size()) - 1);
+    for (qsizetype i = std::max<qsizetype>(from, 1); i <= to && i < qsizetype(runs.size());) {
+        if (sameAttributes(runs[size_t(i) - 1].attributes, runs[size_t(i)].attributes)) {
+            runs.erase(runs.begin() + i);
+            --to;
+        } else {
+            ++i;
+        }
+    }
+}
+
+// ---------------------------------------------------------------- the Fenwick tree
+
+AttributedStringData::AttributedStringData() : capacity(g_leafCapacity) {}
+
+void AttributedStringData::rebuildTree()
+{
+    const size_t n = leaves.size();
+    tree.assign(n + 1, 0);
+    total = 0;
+    for (size_t i = 1; i <= n; ++i) {
+        tree[i] += leaves[i - 1]->length();
+        total += leaves[i - 1]->length();
+        const size_t parent = i + (i & (~i + 1));
+        if (parent <= n)
+            tree[parent] += tree[i];
+    }
+    invalidate();
+}
+
+void AttributedStringData::treeAdd(qsizetype leafIndex, qsizetype delta)
+{
+    const size_t n = leaves.size();
+    for (size_t i = size_t(leafIndex) + 1; i <= n; i += i & (~i + 1))
+        tree[i] += delta;
+    total += delta;
+    invalidate();
+}
+
+qsizetype AttributedStringData::leafStart(qsizetype leafIndex) const
+{
+    qsizetype sum = 0;
+    for (size_t i = size_t(leafIndex); i > 0; i -= i & (~i + 1))
+        sum += tree[i];
+    return sum;
+}
+
+std::pair<qsizetype, qsizetype> AttributedStringData::locate(qsizetype pos) const
+{
+    const size_t n = leaves.size();
+    size_t idx = 0;
+    qsizetype rem = pos;
+    size_t step = 1;
+    while (step * 2 <= n)
+        step *= 2;
+    for (; step; step >>= 1) {
+        if (idx + step <= n && tree[idx + step] <= rem) {
+            idx += step;
+            rem -= tree[idx];
+        }
+    }
+    return {qsizetype(idx), rem};
+}
+
+// ---------------------------------------------------------------- editing
+
+std::vector<LeafPtr> AttributedStringData::makeLeaves(const TextPiece& piece) const
+{
+    std::vector<LeafPtr> out;
+    const qsizetype n = piece.text.size();
+    if (n == 0)
+        return out;
+    const qsizetype fill = std::max(1, fillSize());
+    const qsizetype chunks = (n + fill - 1) / fill;
+    // Even chunks, so that a large insertion does not leave a tiny last leaf.
+    const qsizetype size = (n + chunks - 1) / chunks;
+    size_t run = 0;
+    for (qsizetype start = 0; start < n; start += size) {
+        const qsizetype len = std::min(size, n - start);
+        LeafPtr leaf(new TextLeaf);
+        // Room to grow only for leaves of a large text; small strings stay small.
+        if (len >= fill / 2)
+            leaf->text.reserve(capacity);
+        leaf->text.append(QStringView(piece.text).mid(start, len));
+        while (run + 1 < piece.runs.size() && piece.runs[run + 1].start <= start)
+            ++run;
+        for (size_t r = run; r < piece.runs.size() && piece.runs[r].start < start + len; ++r)
+            leaf->runs.push_back(TextRun{std::max<qsizetype>(piece.runs[r].start - start, 0), piece.runs[r].attributes});
+        out.push_back(leaf);
+    }
+    return out;
+}
+
+void AttributedStringData::copyToPiece(Range range, TextPiece& piece) const
+{
+    if (range.length <= 0)
+        return;
+    auto [k, off] = locate(range.location);
+    qsizetype remaining = range.length;
+    while (remaining > 0 && k < leafCount()) {
+        const TextLeaf& l = leaf(k);
+        qsizetype r = l.runIndex(off);
+        while (remaining > 0 && r < qsizetype(l.runs.size())) {
+            const qsizetype end = std::min(l.runEnd(r), off + remaining);
+            piece.append(QStringView(l.text).mid(off, end - off), l.runs[size_t(r)].attributes);
+            remaining -= end - off;
+            off = end;
+            ++r;
+        }
+        ++k;
+        off = 0;
+    }
+}
+
+Attributes AttributedStringData::attributesForReplacing(Range range) const
+{
+    if (total == 0)
+        return {};
+    qsizetype at = range.location;
+    if (range.length == 0)
+        at = at > 0 ? at - 1 : 0;
+    at = std::clamp<qsizetype>(at, 0, total - 1);
+    auto [k, off] = locate(at);
+    const TextLeaf& l = leaf(k);
+    return l.runs[size_t(l.runIndex(off))].attributes;
+}
+
+void AttributedStringData::replace(Range range, const TextPiece& piece)
+{
+    if (leaves.empty()) {
+        leaves = makeLeaves(piece);
+        rebuildTree();
+        return;
+    }
+    // The leaf to edit: the one holding range.location, or for an insertion on a leaf boundary (and at
+    // the very end) the leaf before it, so that appending keeps filling the same leaf.
+    qsizetype k0, off0;
+    if (range.location >= total) {
+        k0 = leafCount() - 1;
+        off0 = leaf(k0).length();
+    } else {
+        std::tie(k0, off0) = locate(range.location);
+        if (off0 == 0 && k0 > 0 && range.length == 0) {
+            --k0;
+            off0 = leaf(k0).length();
+        }
+    }
+    const qsizetype leafLen = leaf(k0).length();
+    if (off0 + range.length <= leafLen) {
+        const qsizetype newLen = leafLen - range.length + piece.text.size();
+        const bool fits = newLen <= capacity;
+        const bool tooSmall = newLen < capacity / 8 && leafCount() > 1;
+        if (fits && !tooSmall && newLen > 0) {
+            replaceInLeaf(k0, off0, range.length, piece);
+            return;
+        }
+        // Rebuild this leaf (split it, or merge it with a neighbour when it has become small).
+        qsizetype k1 = k0;
+        if (tooSmall || newLen == 0) {
+            if (k1 + 1 < leafCount())
+                ++k1;
+            else if (k0 > 0)
+                --k0;
+        }
+        replaceAcrossLeaves(k0, k1, range, piece);
+        return;
+    }
+    // The range spans leaves.
+    const qsizetype k1 = locate(range.end() - 1).first;
+    replaceAcrossLeaves(k0, k1, range, piece);
+}
+
+void AttributedStringData::replaceInLeaf(qsizetype k, qsizetype offset, qsizetype removeLength, const TextPiece& piece)
+{
+    TextLeaf& l = mutableLeaf(k);
+    const qsizetype oldLen = l.length();
+    const qsizetype insertLength = piece.text.size();
+    const qsizetype delta = insertLength - removeLength;
+    const qsizetype removeEnd = offset + removeLength;
+
+    // Runs: [0, first) keep; the run holding `offset` is cut there; runs overlapping the removed part
+    // go; the run holding removeEnd resumes after the inserted text; later runs shift by delta.
+    std::vector<TextRun>& runs = l.runs;
+    const qsizetype first = offset < oldLen ? l.runIndex(offset) : qsizetype(runs.size()) - 1;
+    const bool firstStartsBefore = runs[size_t(first)].start < offset || offset == oldLen;
+    qsizetype tailRun = removeEnd < oldLen ? l.runIndex(removeEnd) : qsizetype(runs.size());
+    Attributes tailAttributes;
+    if (tailRun < qsizetype(runs.size()))
+        tailAttributes = runs[size_t(tailRun)].attributes;
+
+    l.text.replace(offset, removeLength, piece.text);
+
+    // Erase runs [eraseFrom, tailRun] and put back: the piece's runs, then the tail run at its new start.
+    const qsizetype eraseFrom = firstStartsBefore ? first + 1 : first;
+    const qsizetype eraseTo = std::min<qsizetype>(tailRun + 1, qsizetype(runs.size()));
+    for (qsizetype i = eraseTo; i < qsizetype(runs.size()); ++i)
+        runs[size_t(i)].start += delta;
+    std::vector<TextRun> middle;
+    middle.reserve(piece.runs.size() + 1);
+    for (const TextRun& r : piece.runs)
+        middle.push_back(TextRun{r.start + offset, r.attributes});
+    if (tailRun < qsizetype(runs.size()))
+        middle.push_back(TextRun{offset + insertLength, std::move(tailAttributes)});
+    runs.erase(runs.begin() + eraseFrom, runs.begin() + std::max(eraseFrom, eraseTo));
+    runs.insert(runs.begin() + eraseFrom, std::make_move_iterator(middle.begin()), std::make_move_iterator(middle.end()));
+    normalizeRuns(runs, l.length(), eraseFrom - 1, eraseFrom + qsizetype(middle.size()));
+    treeAdd(k, delta);
+}
+
+void AttributedStringData::replaceAcrossLeaves(qsizetype k0, qsizetype k1, Range range, const TextPiece& piece)
+{
+    // Gather the untouched head of leaf k0, the piece and the untouched tail of leaf k1 into one flat
+    // piece, then cut it into fresh leaves.
+    const qsizetype base = leafStart(k0);
+    const qsizetype limit = leafStart(k1) + leaf(k1).length();
+    TextPiece combined;
+    combined.text.reserve((range.location - base) + piece.text.size() + (limit - range.end()));
+    copyToPiece(Range{base, range.location - base}, combined);
+    for (size_t r = 0; r < piece.runs.size(); ++r) {
+        const qsizetype end = r + 1 < piece.runs.size() ? piece.runs[r + 1].start : piece.text.size();
+        combined.append(QStringView(piece.text).mid(piece.runs[r].start, end - piece.runs[r].start),
+                        piece.runs[r].attributes);
+    }
+    copyToPiece(Range{range.end(), limit - range.end()}, combined);
+    std::vector<LeafPtr> fresh = makeLeaves(combined);
+    leaves.erase(leaves.begin() + k0, leaves.begin() + k1 + 1);
+    leaves.insert(leaves.begin() + k0, fresh.begin(), fresh.end());
+    rebuildTree();
+}
+
+template <typename Fn> void AttributedStringData::modifyAttributes(Range range, Fn fn)
+{
+    if (range.length <= 0)
+        return;
+    auto [k, off] = locate(range.location);
+    qsizetype remaining = range.length;
+    for (; remaining > 0 && k < leafCount(); ++k, off = 0) {
+        TextLeaf& l = mutableLeaf(k);
+        const qsizetype end = std::min(l.length(), off + remaining);
+        remaining -= end - off;
+        // Make runs start at off and at end.
+        qsizetype r0 = l.runIndex(off);
+        if (l.runs[size_t(r0)].start != off) {
+            l.runs.insert(l.runs.begin() + r0 + 1, TextRun{off, l.runs[size_t(r0)].attributes});
+            ++r0;
+        }
+        if (end < l.length()) {
+            const qsizetype re = l.runIndex(end);
+            if (l.runs[size_t(re)].start != end)
+                l.runs.insert(l.runs.begin() + re + 1, TextRun{end, l.runs[size_t(re)].attributes});
+        }
+        qsizetype r = r0;
+        for (; r < qsizetype(l.runs.size()) && l.runs[size_t(r)].start < end; ++r)
+            l.runs[size_t(r)].attributes = fn(l.runs[size_t(r)].attributes);
+        normalizeRuns(l.runs, l.length(), r0 - 1, r);
+    }
+    invalidate();
+}
+
+// ---------------------------------------------------------------- AttributedString
+
+AttributedString::AttributedString() : d(new AttributedStringData) {}
+
+AttributedString::AttributedString(const QString& text, const Attributes& attributes) : d(new AttributedStringData)
+{
+    TextPiece piece;
+    piece.append(text, attributes);
+    d->leaves = d->makeLeaves(piece);
+    d->rebuildTree();
+}
+
+AttributedString::AttributedString(const AttributedString&) = default;
+AttributedString::AttributedString(AttributedString&&) noexcept = default;
+AttributedString& AttributedString::operator=(const AttributedString&) = default;
+AttributedString& AttributedString::operator=(AttributedString&&) noexcept = default;
+AttributedString::~AttributedString() = default;
+
+void AttributedString::detach()
+{
+    if (!d)
+        d = new AttributedStringData;
+    else
+        d.detach();
+}
+
+void AttributedString::setLeafCapacityForTesting(int units)
+{
+    g_leafCapacity = units > 0 ? std::max(units, 4) : DefaultLeafCapacity;
+}
+
+qsizetype AttributedString::length() const
+{
+    return d ? d->total : 0;
+}
+
+QString AttributedString::string() const
+{
+    if (!d || d->total == 0)
+        return QString();
+    if (!d->cacheValid) {
+        QString s;
+        s.reserve(d->total);
+        for (const LeafPtr& l : d->leaves)
+            s.append(l->text);
+        d->cache = s;
+        d->cacheValid = true;
+    }
+    return d->cache;
+}
+
+QChar AttributedString::characterAt(qsizetype index) const
+{
+    if (index < 0 || index >= length())
+        return QChar();
+    if (d->cacheValid)
+        return d->cache.at(index);
+    auto [k, off] = d->locate(index);
+    return d->leaf(k).text.at(off);
+}
+
+QString AttributedString::substring(Range range) const
+{
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    if (end <= start)
+        return QString();
+    if (d->cacheValid)
+        return d->cache.mid(start, end - start);
+    QString out;
+    out.reserve(end - start);
+    auto [k, off] = d->locate(start);
+    qsizetype remaining = end - start;
+    for (; remaining > 0; ++k, off = 0) {
+        const QString& t = d->leaf(k).text;
+        const qsizetype n = std::min(remaining, t.size() - off);
+        out.append(QStringView(t).mid(off, n));
+        remaining -= n;
+    }
+    return out;
+}
+
+Attributes AttributedString::attributes(qsizetype index, Range* effectiveRange) const
+{
+    if (index < 0 || index >= length()) {
+        qWarning("AttributedString::attributes: index %lld out of bounds (length %lld)", (long long)index,
+                 (long long)length());
+        if (effectiveRange)
+            *effectiveRange = Range{index, 0};
+        return {};
+    }
+    auto [k, off] = d->locate(index);
+    const TextLeaf& l = d->leaf(k);
+    const qsizetype r = l.runIndex(off);
+    const Attributes& attrs = l.runs[size_t(r)].attributes;
+    if (effectiveRange) {
+        const qsizetype leafBase = index - off;
+        qsizetype start = leafBase + l.runs[size_t(r)].start;
+        qsizetype end = leafBase + l.runEnd(r);
+        // A run continues into neighbouring leaves while their edge runs hold equal attributes.
+        if (r == 0) {
+            for (qsizetype j = k - 1; j >= 0; --j) {
+                const TextLeaf& p = d->leaf(j);
+                if (!sameAttributes(p.runs.back().attributes, attrs))
+                    break;
+                start -= p.length() - p.runs.back().start;
+                if (p.runs.size() > 1)
+                    break;
+            }
+        }
+        if (r + 1 == qsizetype(l.runs.size())) {
+            for (qsizetype j = k + 1; j < d->leafCount(); ++j) {
+                const TextLeaf& nx = d->leaf(j);
+                if (!sameAttributes(nx.runs.front().attributes, attrs))
+                    break;
+                end += nx.runEnd(0);
+                if (nx.runs.size() > 1)
+                    break;
+            }
+        }
+        *effectiveRange = Range{start, end - start};
+    }
+    return attrs;
+}
+
+Attributes AttributedString::attributes(qsizetype index, Range* longestRange, Range inRange) const
+{
+    Range effective;
+    Attributes attrs = attributes(index, &effective);
+    if (longestRange)
+        *longestRange = intersectionRange(effective, inRange);
+    return attrs;
+}
+
+QVariant AttributedString::attribute(const QString& name, qsizetype index, Range* effectiveRange) const
+{
+    return attributes(index, effectiveRange).value(name);
+}
+
+QVariant AttributedString::attribute(const QString& name, qsizetype index, Range* longestRange, Range inRange) const
+{
+    Range effective;
+    const QVariant value = attributes(index, &effective).value(name);
+    if (!longestRange)
+        return value;
+    // Widen over neighbouring runs whose value of this attribute is equal, within inRange.
+    qsizetype start = effective.location;
+    while (start > inRange.location && start > 0) {
+        Range prev;
+        const QVariant v = attributes(start - 1, &prev).value(name);
+        if (!sameValue(v, value))
+            break;
+        start = prev.location;
+    }
+    qsizetype end = effective.end();
+    while (end < inRange.end() && end < length()) {
+        Range next;
+        const QVariant v = attributes(end, &next).value(name);
+        if (!sameValue(v, value))
+            break;
+        end = next.end();
+    }
+    *longestRange = intersectionRange(Range{start, end - start}, inRange);
+    return value;
+}
+
+AttributedString AttributedString::attributedSubstring(Range range) const
+{
+    AttributedString out;
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    if (end <= start)
+        return out;
+    // Whole leaves inside the range are shared with the copy; only the partial ends are copied.
+    auto [k, off] = d->locate(start);
+    qsizetype pos = start;
+    TextPiece pending;
+    auto flush = [&]() {
+        if (!pending.text.isEmpty()) {
+            std::vector<LeafPtr> fresh = out.d->makeLeaves(pending);
+            out.d->leaves.insert(out.d->leaves.end(), fresh.begin(), fresh.end());
+            pending = TextPiece();
+        }
+    };
+    while (pos < end) {
+        const TextLeaf& l = d->leaf(k);
+        const qsizetype leafEnd = pos - off + l.length();
+        if (off == 0 && leafEnd <= end && l.length() <= out.d->capacity) {
+            flush();
+            out.d->leaves.push_back(d->leaves[size_t(k)]);
+        } else {
+            d->copyToPiece(Range{pos, std::min(leafEnd, end) - pos}, pending);
+        }
+        pos = std::min(leafEnd, end);
+        ++k;
+        off = 0;
+    }
+    flush();
+    out.d->rebuildTree();
+    return out;
+}
+
+void AttributedString::enumerateAttributes(Range range, const std::function<bool(const Attributes&, Range)>& fn) const
+{
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    qsizetype pos = start;
+    while (pos < end) {
+        Range effective;
+        const Attributes attrs = attributes(pos, &effective);
+        const qsizetype runEnd = std::min(effective.end(), end);
+        if (!fn(attrs, Range{pos, runEnd - pos}))
+            return;
+        pos = runEnd;
+    }
+}
+
+void AttributedString::enumerateAttribute(const QString& name, Range range,
+                                          const std::function<bool(const QVariant&, Range)>& fn) const
+{
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    qsizetype pos = start;
+    while (pos < end) {
+        Range effective;
+        const QVariant value = attributes(pos, &effective).value(name);
+        qsizetype runEnd = std::min(effective.end(), end);
+        while (runEnd < end) {
+            Range next;
+            const QVariant v = attributes(runEnd, &next).value(name);
+            if (!sameValue(v, value))
+                break;
+            runEnd = std::min(next.end(), end);
+        }
+        if (!fn(value, Range{pos, runEnd - pos}))
+            return;
+        pos = runEnd;
+    }
+}
+
+qsizetype AttributedString::runCount() const
+{
+    if (!d)
+        return 0;
+    qsizetype n = 0;
+    for (qsizetype k = 0; k < d->leafCount(); ++k) {
+        n += qsizetype(d->leaf(k).runs.size());
+        if (k > 0 && sameAttributes(d->leaf(k - 1).runs.back().attributes, d->leaf(k).runs.front().attributes))
+            --n;
+    }
+    return n;
+}
+
+void AttributedString::replaceCharacters(Range range, const QString& text)
+{
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    if (end == start && text.isEmpty())
+        return;
+    detach();
+    TextPiece piece;
+    piece.append(text, d->attributesForReplacing(Range{start, end - start}));
+    d->replace(Range{start, end - start}, piece);
+}
+
+void AttributedString::replaceCharacters(Range range, const AttributedString& text)
+{
+    const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
+    const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
+    if (end == start && text.isEmpty())
+        return;
+    TextPiece piece;
+    if (text.length() > 0)
+        text.d->copyToPiece(Range{0, text.length()}, piece);
+    detach();
+    d->replace(Range{start, end - start}, piece);
+}
+
+void AttributedString::append(const QString& text, const Attributes& attributes)
+{
+    if (text.isEmpty())
+        return;
+    detach();
+    TextPiece piece;
+    piece.append(text, attributes);
+    d->replace(Range{length(), 0}, piece);
+}
+
+void AttributedString::setAttributes(const Attributes& attributes, Range range)
+{
+    range = intersectionRange(range, Range{0, length()});
+    if (range.length <= 0)
+        return;
+    detach();
+    d->modifyAttributes(range, [&](const Attributes&) { return attributes; });
+}
+
+void AttributedString::addAttribute(const QString& name, const QVariant& value, Range range)
+{
+    range = intersectionRange(range, Range{0, length()});
+    if (range.length <= 0)
+        return;
+    detach();
+    d->modifyAttributes(range, [&](const Attributes& a) {
+        Attributes changed = a;
+        changed.insert(name, value);
+        return changed;
+    });
+}
+
+void AttributedString::addAttributes(const Attributes& attributes, Range range)
+{
+    range = intersectionRange(range, Range{0, length()});
+    if (range.length <= 0 || attributes.isEmpty())
+        return;
+    detach();
+    d->modifyAttributes(range, [&](const Attributes& a) {
+        Attributes changed = a;
+        for (auto it = attributes.begin(); it != attributes.end(); ++it)
+            changed.insert(it.key(), it.value());
+        return changed;
+    });
+}
+
+void AttributedString::removeAttribute(const QString& name, Range range)
+{
+    range = intersectionRange(range, Range{0, length()});
+    if (range.length <= 0)
+        return;
+    detach();
+    d->modifyAttributes(range, [&](const Attributes& a) {
+        if (!a.contains(name))
+            return a;
+        Attributes changed = a;
+        changed.remove(name);
+        return changed;
+    });
+}
+
+bool operator==(const AttributedString& a, const AttributedString& b)
+{
+    if (a.d == b.d)
+        return true;
+    if (a.length() != b.length() || a.string() != b.string())
+        return false;
+    qsizetype pos = 0;
+    while (pos < a.length()) {
+        Range ra, rb;
+        const Attributes aa = a.attributes(pos, &ra);
+        const Attributes ab = b.attributes(pos, &rb);
+        if (ra != rb || !sameAttributes(aa, ab))
+            return false;
+        pos = ra.end();
+    }
+    return true;
+}
+
+bool AttributedString::checkInvariants() const
+{
+    if (!d)
+        return true;
+    auto fail = [](const char* why, qsizetype k) {
+        qWarning("AttributedString invariant broken in leaf %lld: %s", (long long)k, why);
+        return false;
+    };
+    qsizetype sum = 0;
+    for (qsizetype k = 0; k < d->leafCount(); ++k) {
+        const TextLeaf& l = d->leaf(k);
+        if (l.length() == 0)
+            return fail("empty leaf", k);
+        if (l.length() > d->capacity)
+            return fail("leaf over capacity", k);
+        if (l.runs.empty() || l.runs.front().start != 0)
+            return fail("runs do not start at 0", k);
+        for (size_t r = 1; r < l.runs.size(); ++r) {
+            if (l.runs[r].start <= l.runs[r - 1].start)
+                return fail("runs not increasing", k);
+            if (sameAttributes(l.runs[r].attributes, l.runs[r - 1].attributes))
+                return fail("equal neighbouring runs", k);
+        }
+        if (l.runs.back().start >= l.length())
+            return fail("run past the leaf's end", k);
+        if (d->leafStart(k) != sum)
+            return fail("tree total differs from leaf lengths", k);
+        sum += l.length();
+    }
+    if (sum != d->total)
+        return fail("total length differs", d->leafCount());
+    return true;
+}
+
+} // namespace qly

@@ -1,0 +1,77 @@
+#include "NoteEdits_p.h"
+
+#include <algorithm>
+
+#include <qlyappkit/platform/strings/CharacterSets.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+
+namespace qly::notes {
+
+AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdit> edits)
+{
+    if (edits.empty())
+        return text;
+    std::stable_sort(edits.begin(), edits.end(),
+                     [](const TextEdit& a, const TextEdit& b) { return a.range.location < b.range.location; });
+    // Merge overlapping neighbours; touching edits stay separate (both apply at the shared point).
+    std::vector<TextEdit> merged;
+    merged.reserve(edits.size());
+    for (TextEdit& edit : edits) {
+        if (!merged.empty() && edit.range.location < merged.back().range.end()) {
+            TextEdit& last = merged.back();
+            AttributedString joined = last.replacement();
+            joined.append(edit.replacement());
+            last = TextEdit::attributed(unionRange(last.range, edit.range), joined);
+            continue;
+        }
+        merged.push_back(std::move(edit));
+    }
+    AttributedString out = text;
+    for (auto it = merged.rbegin(); it != merged.rend(); ++it) {
+        if (it->rich) {
+            out.replaceCharacters(it->range, *it->rich);
+        } else {
+            out.replaceCharacters(it->range, it->text);
+            if (!it->text.isEmpty())
+                out.setAttributes(it->attributes, Range{it->range.location, it->text.size()});
+        }
+    }
+    return out;
+}
+
+Attributes withoutAttributes(Attributes attributes, std::initializer_list<QString> names)
+{
+    for (const QString& name : names)
+        attributes.remove(name);
+    return attributes;
+}
+
+Attributes plainAttributesAtEnd(const AttributedString& text)
+{
+    if (text.isEmpty())
+        return {};
+    return withoutAttributes(text.attributes(text.length() - 1),
+                             {AttachmentAttributeName, LinkAttributeName, ToolTipAttributeName,
+                              SuperscriptAttributeName, XQCommentAttributeName, XQAnnotationAttributeName,
+                              XQFootnoteAttributeName, XQLinkedCommentAttributeName,
+                              XQInlineFootnoteMarkerAttributeName, XQInlineFootnoteLabelAttributeName});
+}
+
+Range trimmedRange(const AttributedString& text, Range range)
+{
+    // Every whitespace and line-break character lies in the Basic Multilingual Plane, so UTF-16 units
+    // can be tested one by one (a surrogate is never whitespace).
+    const QString s = text.substring(range);
+    qsizetype start = 0;
+    qsizetype end = s.size();
+    while (start < end && isWhitespaceOrNewline(s.at(start).unicode()))
+        ++start;
+    while (end > start && isWhitespaceOrNewline(s.at(end - 1).unicode()))
+        --end;
+    if (start == end)
+        return Range{range.location + s.size(), 0};
+    return Range::fromBounds(range.location + start, range.location + end);
+}
+
+} // namespace qly::notes
