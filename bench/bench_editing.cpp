@@ -35,8 +35,8 @@ template <typename Replace> void runReplace(benchmark::State& state, Replace rep
     }
     state.counters["matches"] = double(matches);
     state.counters["time_per_match"] = benchmark::Counter(double(matches) * double(state.iterations()),
-                                                        benchmark::Counter::kIsRate | benchmark::Counter::kInvert,
-                                                        benchmark::Counter::OneK::kIs1000);
+                                                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert,
+                                                          benchmark::Counter::OneK::kIs1000);
 }
 
 void BM_ReplaceAllForwards(benchmark::State& state)
@@ -66,7 +66,4 @@ BENCHMARK(BM_ReplaceAllForwards)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::
 BENCHMARK(BM_ReplaceAllBackwards)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReplaceWholeWords)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    return qly::bench::runBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }

@@ -13,11 +13,11 @@
 
 #include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/notes/NoteConversions.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;
@@ -26,8 +26,8 @@ namespace {
 
 AttributedString makeManuscript(int scale)
 {
-    static const char* words[] = {"the", "manuscript", "of", "a", "long", "novel", "written", "over",
-                                  "years", "chapter", "and", "scene"};
+    static const char* words[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
+                                  "written", "over",       "years", "chapter", "and",  "scene"};
     QRandomGenerator rng(7);
     const Attributes body{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))}};
     const int totalWords = 200'000 * scale;
@@ -62,7 +62,8 @@ AttributedString makeManuscript(int scale)
             text.append(QStringLiteral("marked"), a);
         } else if (k < 24) {
             text.append(QStringLiteral("\n"), body);
-            a.insert(XQRTFSectionInfoAttributeName, QVariantMap{{XQRTFSectionTitle, QStringLiteral("Section %1").arg(feature)}});
+            a.insert(XQRTFSectionInfoAttributeName,
+                     QVariantMap{{XQRTFSectionTitle, QStringLiteral("Section %1").arg(feature)}});
             text.append(QStringLiteral("Section heading\n"), a);
         } else {
             a.insert(XQFootnoteAttributeName, 2);
@@ -97,7 +98,4 @@ void BM_ExtendedRTFExport(benchmark::State& state)
 
 BENCHMARK(BM_ExtendedRTFExport)->Arg(1)->Arg(2)->Iterations(5)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    return qly::bench::runBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }

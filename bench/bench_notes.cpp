@@ -11,13 +11,13 @@
 #include <algorithm>
 #include <chrono>
 
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/notes/InlineNotes.h>
-#include <qlyappkit/text/notes/NoteTags.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/notes/InlineNotes.h>
+#include <qlyappkit/text/notes/NoteTags.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;
@@ -31,11 +31,11 @@ constexpr int NotesPerKind = 2'000;
 const AttributedString& manuscript()
 {
     static const AttributedString text = [] {
-        static const char* words[] = {"the", "manuscript", "of", "a", "long", "novel", "written", "over",
-                                      "years", "chapter", "and", "scene"};
+        static const char* words[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
+                                      "written", "over",       "years", "chapter", "and",  "scene"};
         QRandomGenerator rng(42);
         const Attributes body{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12))}};
-        const int stride = Words / NotesPerKind;   // one note of each kind per 100 words
+        const int stride = Words / NotesPerKind; // one note of each kind per 100 words
         AttributedString out;
         QString pending;
         auto flush = [&]() {
@@ -128,7 +128,8 @@ void BM_InlineOutput(benchmark::State& state)
     std::vector<double> ms;
     for (auto _ : state) {
         AttributedString out;
-        ms.push_back(timeMs([&] { out = attributedStringWithAnnotationsInline(text, true, true, false, QVariantMap()); }));
+        ms.push_back(
+            timeMs([&] { out = attributedStringWithAnnotationsInline(text, true, true, false, QVariantMap()); }));
         benchmark::DoNotOptimize(out);
     }
     state.counters["median_ms"] = qly::bench::median(ms);
@@ -140,7 +141,4 @@ void BM_InlineOutput(benchmark::State& state)
 BENCHMARK(BM_AttributesToTagsToAttributes)->Iterations(9)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_InlineOutput)->Iterations(9)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    return qly::bench::runBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }

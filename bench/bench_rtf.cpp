@@ -13,12 +13,12 @@
 #include <algorithm>
 #include <chrono>
 
+#include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/platform/rtf/RTFWriter.h>
 
 using namespace qly;
 using Clock = std::chrono::steady_clock;
@@ -32,8 +32,8 @@ constexpr int WordsPerParagraph = 60;
 const AttributedString& manuscript()
 {
     static const AttributedString text = [] {
-        static const char* words[] = {"the", "manuscript", "of", "a", "long", "novel", "written", "over",
-                                      "years", "chapter", "and", "scene", "caf\u00e9", "{brace}"};
+        static const char* words[] = {"the",  "manuscript", "of",      "a",   "long",  "novel",     "written",
+                                      "over", "years",      "chapter", "and", "scene", "caf\u00e9", "{brace}"};
         const Font body = Font::fromFamily(QStringLiteral("Times"), 12);
         Attributes kinds[4];
         ParagraphStyle style;
@@ -42,10 +42,12 @@ const AttributedString& manuscript()
         for (Attributes& a : kinds)
             a.insert(ParagraphStyleAttributeName, QVariant::fromValue(style));
         kinds[0].insert(FontAttributeName, QVariant::fromValue(body));
-        kinds[1].insert(FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask)));
+        kinds[1].insert(FontAttributeName,
+                        QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask)));
         kinds[2].insert(FontAttributeName, QVariant::fromValue(body));
         kinds[2].insert(UnderlineStyleAttributeName, 1);
-        kinds[3].insert(FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 14, BoldFontMask)));
+        kinds[3].insert(FontAttributeName,
+                        QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 14, BoldFontMask)));
         kinds[3].insert(ForegroundColorAttributeName, QVariant::fromValue(Color(0.5, 0, 0)));
         QRandomGenerator rng(42);
         AttributedString s;

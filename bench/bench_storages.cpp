@@ -12,11 +12,11 @@
 #include <chrono>
 #include <map>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/storages/XQAggregateTextStorage.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorage.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
 
 using namespace qly;
@@ -30,11 +30,13 @@ constexpr int Keystrokes = 10000;
 /// `comments` comments anchored on single words spread evenly.
 AttributedString manuscript(int words, int comments, quint32 seed)
 {
-    static const char* vocabulary[] = {"the", "manuscript", "of", "a", "long", "novel", "written", "over", "years",
-                                       "chapter", "and", "scene", "she", "said", "quietly", "before", "morning"};
+    static const char* vocabulary[] = {"the",     "manuscript", "of",      "a",       "long",   "novel",
+                                       "written", "over",       "years",   "chapter", "and",    "scene",
+                                       "she",     "said",       "quietly", "before",  "morning"};
     QRandomGenerator rng(seed);
     const Attributes body{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12))}};
-    const Attributes italic{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
+    const Attributes italic{
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
     AttributedString text;
     QString pending;
     int paragraphLeft = 40 + int(rng.bounded(120));
@@ -149,7 +151,4 @@ void BM_AggregateTyping(benchmark::State& state)
 BENCHMARK(BM_TextStorageTyping)->Arg(200'000)->Arg(1'000'000)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_AggregateTyping)->Arg(200'000)->Arg(1'000'000)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    return qly::bench::runBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }

@@ -27,8 +27,8 @@ constexpr qsizetype RunLength = 60;
 
 QString makeText(qsizetype units)
 {
-    static const char* words[] = {"the", "manuscript", "of", "a", "long", "novel", "written", "over",
-                                  "years", "chapter", "and", "scene"};
+    static const char* words[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
+                                  "written", "over",       "years", "chapter", "and",  "scene"};
     QRandomGenerator rng(42);
     QString s;
     s.reserve(units + 16);
@@ -43,9 +43,10 @@ QString makeText(qsizetype units)
 Attributes runAttributes(qsizetype i)
 {
     // Alternate a few dictionaries so neighbouring runs differ.
-    static const Attributes a[3] = {{{FontAttributeName, QStringLiteral("Times 12")}},
-                                    {{FontAttributeName, QStringLiteral("Times 12 Italic")}},
-                                    {{FontAttributeName, QStringLiteral("Times 12")}, {UnderlineStyleAttributeName, 1}}};
+    static const Attributes a[3] = {
+        {{FontAttributeName, QStringLiteral("Times 12")}},
+        {{FontAttributeName, QStringLiteral("Times 12 Italic")}},
+        {{FontAttributeName, QStringLiteral("Times 12")}, {UnderlineStyleAttributeName, 1}}};
     return a[i % 3];
 }
 
@@ -105,7 +106,7 @@ void BM_InsertDelete(benchmark::State& state, bool deleting)
                 cursor.setPosition(int(pos));
                 cursor.deleteChar();
             }));
-            model.replaceCharacters(Range{pos, 0}, x);   // keep the size steady, untimed
+            model.replaceCharacters(Range{pos, 0}, x); // keep the size steady, untimed
             cursor.insertText(x);
         } else {
             modelNs.push_back(timeNs([&] { model.replaceCharacters(Range{pos, 0}, x); }));
@@ -173,7 +174,4 @@ BENCHMARK(BM_TextStorageInsert)->Arg(1'000'000)->Arg(10'000'000)->Iterations(200
 BENCHMARK(BM_AttributesAtIndex)->Arg(1'000'000)->Arg(10'000'000)->Iterations(100000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_WordCountWholeText)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    return qly::bench::runBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray again = qly::RTFFromRange(*text, qly::Range{0, text->length()}, documentAttributes);
     for (char c : again) {
         if (static_cast<unsigned char>(c) >= 0x80)
-            std::abort();   // the writer's output is 7-bit
+            std::abort(); // the writer's output is 7-bit
     }
     qly::RTFParseResult second;
     if (!qly::attributedStringFromRTF(again, nullptr, &second) || !second)

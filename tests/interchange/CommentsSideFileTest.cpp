@@ -1,5 +1,5 @@
-#include <qlyappkit/interchange/comments/CommentsSideFile.h>
 #include "support/TestFiles.h"
+#include <qlyappkit/interchange/comments/CommentsSideFile.h>
 
 #include "support/RichTextAssertions.h"
 
@@ -9,11 +9,11 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <qlyappkit/platform/xml/XMLElement.h>
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/comments/CommentedText.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/xml/XMLElement.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/CommentedText.h>
 
 using namespace qly;
 
@@ -23,10 +23,12 @@ namespace {
 
 AttributedString richCommentText()
 {
-    AttributedString text(QStringLiteral("Bold "),
-                          {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
-    text.append(QStringLiteral("italic \u00e9l\u00e8ve "),
-                {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 13, ItalicFontMask))}});
+    AttributedString text(
+        QStringLiteral("Bold "),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
+    text.append(
+        QStringLiteral("italic \u00e9l\u00e8ve "),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 13, ItalicFontMask))}});
     text.append(QStringLiteral("red \u65e5\u672c\u8a9e \U0001F600"),
                 {{ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
     return text;
@@ -70,7 +72,7 @@ TEST(CommentsSideFile, XMLRepresentationWritesOptionalAttributesOnlyWhenSet)
     EXPECT_FALSE(commentsXMLRepresentation(AttributedString(QStringLiteral("no comments here"))));
 
     CommentedSample sample;
-    sample.comment->setFootnoteNumber(0);   // neither 0 nor -1 is written
+    sample.comment->setFootnoteNumber(0); // neither 0 nor -1 is written
     const std::unique_ptr<pugi::xml_document> document = commentsXMLRepresentation(sample.text);
     ASSERT_TRUE(document);
     const pugi::xml_node root = document->document_element();
@@ -96,7 +98,7 @@ TEST(CommentsSideFile, XMLRepresentationWritesOptionalAttributesOnlyWhenSet)
     EXPECT_EQ(attributeOf(elements[1], "Color"), QStringLiteral("0.25 0.5 0.125"));
 
     EXPECT_EQ(attributeOf(elements[2], "Color"), QStringLiteral("<absent>"));
-    EXPECT_EQ(attributeOf(elements[2], "Number"), QStringLiteral("<absent>"));   // -1
+    EXPECT_EQ(attributeOf(elements[2], "Number"), QStringLiteral("<absent>")); // -1
 
     // The rich text sits in an "RTF" child as a CDATA section.
     const pugi::xml_node rtf = elements[1].child("RTF");
@@ -183,8 +185,8 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     const QString path = dir.filePath(QStringLiteral("comments.xml"));
-    EXPECT_FALSE(commentsFromURL(path));   // missing
-    EXPECT_FALSE(commentsFromURL(dir.path()));   // a folder
+    EXPECT_FALSE(commentsFromURL(path)); // missing
+    EXPECT_FALSE(commentsFromURL(dir.path())); // a folder
 
     CommentedSample sample;
     ASSERT_TRUE(writeCommentsToURL(sample.text, path));
@@ -193,8 +195,8 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
     const QList<QByteArray> broken{
         QByteArray(),
         QByteArray("not xml at all <<<"),
-        good.left(good.size() / 2),                                   // truncated
-        QByteArray("<Notes><Comment ID=\"A\"/></Notes>"),             // wrong root
+        good.left(good.size() / 2), // truncated
+        QByteArray("<Notes><Comment ID=\"A\"/></Notes>"), // wrong root
         QByteArray::fromHex("fffe003c0043"),
     };
     for (const QByteArray& contents : broken) {
@@ -208,10 +210,11 @@ TEST(CommentsSideFile, UnreadableFilesGiveNothing)
     }
 
     // Children without an ID are skipped; damaged rich text gives an empty text, no rich text keeps the default.
-    writeFileBytes(path, "<Comments><Comment Footnote=\"Yes\"/>"
-                    "<Comment ID=\"B\" Number=\"x9\" Color=\"1 2\"><RTF><![CDATA[%%% not base64]]></RTF></Comment>"
-                    "<Comment ID=\"C\" Collapsed=\"yes\"><RTF><![CDATA[AAAA]]></RTF></Comment>"
-                    "<Other ID=\"D\"/></Comments>");
+    writeFileBytes(path,
+                   "<Comments><Comment Footnote=\"Yes\"/>"
+                   "<Comment ID=\"B\" Number=\"x9\" Color=\"1 2\"><RTF><![CDATA[%%% not base64]]></RTF></Comment>"
+                   "<Comment ID=\"C\" Collapsed=\"yes\"><RTF><![CDATA[AAAA]]></RTF></Comment>"
+                   "<Other ID=\"D\"/></Comments>");
     const std::optional<XQCommentsByID> read = commentsFromURL(path);
     ASSERT_TRUE(read);
     EXPECT_EQ(read->size(), 3);
@@ -233,11 +236,13 @@ TEST(CommentsSideFile, LoadingCommentsFromADictionary)
     known->setUniqueID(QStringLiteral("ABCDEF01-2345-6789-ABCD-EF0123456789"));
     // "one two three four five"
     MutableAttributedString text(QStringLiteral("one two three four five"));
-    text.addAttribute(LinkAttributeName, QStringLiteral("quillcmt://ABCDEF01-2345-6789-ABCD-EF0123456789"), Range{0, 3});
+    text.addAttribute(LinkAttributeName, QStringLiteral("quillcmt://ABCDEF01-2345-6789-ABCD-EF0123456789"),
+                      Range{0, 3});
     text.addAttribute(LinkAttributeName, QStringLiteral("quillcmt://UNKNOWN"), Range{4, 3});
     text.addAttribute(LinkAttributeName, QUrl(QStringLiteral("https://example.com/x")), Range{8, 5});
     text.addAttribute(LinkAttributeName, QStringLiteral("quilllnk://Doc-7"), Range{14, 4});
-    text.addAttribute(LinkAttributeName, QVariant(QVariantMap{{QStringLiteral("QuilleryLink"), QStringLiteral("Doc-9")}}), Range{19, 4});
+    text.addAttribute(LinkAttributeName,
+                      QVariant(QVariantMap{{QStringLiteral("QuilleryLink"), QStringLiteral("Doc-9")}}), Range{19, 4});
 
     loadCommentsFromDictionary(text, XQCommentsByID{{known->uniqueID(), known}});
 
@@ -245,10 +250,11 @@ TEST(CommentsSideFile, LoadingCommentsFromADictionary)
     EXPECT_EQ(commentAt(text, 1, &range), known);
     EXPECT_EQ(range, (Range{0, 3}));
     EXPECT_FALSE(text.attribute(LinkAttributeName, 1).isValid());
-    EXPECT_FALSE(text.attribute(LinkAttributeName, 5).isValid());   // unknown: dropped
+    EXPECT_FALSE(text.attribute(LinkAttributeName, 5).isValid()); // unknown: dropped
     EXPECT_FALSE(commentAt(text, 5));
     EXPECT_EQ(text.attribute(LinkAttributeName, 9).toUrl(), QUrl(QStringLiteral("https://example.com/x")));
     EXPECT_EQ(text.attribute(LinkAttributeName, 15).toString(), QStringLiteral("quilllnk://Doc-7"));
-    EXPECT_EQ(text.attribute(LinkAttributeName, 20), QVariant(QVariantMap{{QStringLiteral("QuilleryLink"), QStringLiteral("Doc-9")}}));
+    EXPECT_EQ(text.attribute(LinkAttributeName, 20),
+              QVariant(QVariantMap{{QStringLiteral("QuilleryLink"), QStringLiteral("Doc-9")}}));
     EXPECT_EQ(text.string(), QStringLiteral("one two three four five"));
 }

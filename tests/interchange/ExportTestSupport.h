@@ -3,11 +3,11 @@
 #include <QString>
 
 #include <qlyappkit/platform/text/AttributedString.h>
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/notes/NoteConversions.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
 
 namespace exporttest {
 

@@ -5,8 +5,8 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
@@ -23,9 +23,10 @@ namespace {
 AttributedString layoutManuscript()
 {
     AttributedString text;
-    text.append(QStringLiteral("Front page\n"),
-                with(XQRTFSectionInfoAttributeName, QVariantMap{{XQRTFSectionTitle, QStringLiteral("Front")},
-                                                                 {XQRTFSectionIsPartOfFrontMatter, true}}));
+    text.append(
+        QStringLiteral("Front page\n"),
+        with(XQRTFSectionInfoAttributeName,
+             QVariantMap{{XQRTFSectionTitle, QStringLiteral("Front")}, {XQRTFSectionIsPartOfFrontMatter, true}}));
     text.append(QStringLiteral("\f"), plain());
     text.append(QStringLiteral("Chapter heading\n"),
                 with(XQRTFSectionInfoAttributeName, QVariantMap{{XQRTFSectionTitle, QStringLiteral("Chapter One")}}));
@@ -66,11 +67,13 @@ TEST(ExtendedRTFWriter, SectionsHeadersBookmarksKeepWithNextAndPictures)
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\pgrestart\\pgnstarts1")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("{\\header {}}{\\footer {}}")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\cols2\\colsx720")));
-    const qsizetype chapterHeader = rtf.indexOf(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One"));
+    const qsizetype chapterHeader =
+        rtf.indexOf(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One"));
     ASSERT_GE(chapterHeader, 0) << rtf.toStdString();
-    EXPECT_TRUE(rtf.mid(chapterHeader).startsWith(
-        QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One\\tab {\\chpgn} of "
-                       "{\\field {\\*\\fldinst {NUMPAGES}}{\\fldrslt 1}}")));
+    EXPECT_TRUE(
+        rtf.mid(chapterHeader)
+            .startsWith(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One\\tab {\\chpgn} of "
+                                       "{\\field {\\*\\fldinst {NUMPAGES}}{\\fldrslt 1}}")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\b1 Draft\\b0 ")));
     // Bookmark and page reference.
     EXPECT_TRUE(rtf.contains(QStringLiteral("{\\*\\bkmkstart Target_Mark}target{\\*\\bkmkend Target_Mark}")));
@@ -108,14 +111,16 @@ TEST(ExtendedRTFWriter, OpensInAWordProcessor)
     file.close();
     QProcess process;
     process.setWorkingDirectory(dir.path());
-    process.start(soffice, {QStringLiteral("-env:UserInstallation=file://") + dir.filePath(QStringLiteral("profile")),
-                            QStringLiteral("--headless"), QStringLiteral("--convert-to"), QStringLiteral("docx"),
-                            QStringLiteral("export.rtf")});
+    process.start(soffice,
+                  {QStringLiteral("-env:UserInstallation=file://") + dir.filePath(QStringLiteral("profile")),
+                   QStringLiteral("--headless"), QStringLiteral("--convert-to"), QStringLiteral("docx"),
+                   QStringLiteral("export.rtf")});
     ASSERT_TRUE(process.waitForFinished(180000));
     QProcess unzip;
     unzip.setWorkingDirectory(dir.path());
-    unzip.start(QStringLiteral("unzip"), {QStringLiteral("-o"), QStringLiteral("-q"), QStringLiteral("export.docx"),
-                                          QStringLiteral("-d"), QStringLiteral("x")});
+    unzip.start(QStringLiteral("unzip"),
+                {QStringLiteral("-o"), QStringLiteral("-q"), QStringLiteral("export.docx"), QStringLiteral("-d"),
+                 QStringLiteral("x")});
     ASSERT_TRUE(unzip.waitForFinished(60000));
     auto read = [&](const QString& name) {
         QFile f(dir.filePath(QStringLiteral("x/word/") + name));

@@ -25,7 +25,8 @@ QVariantMap section(const QString& title) { return QVariantMap{{XQRTFSectionTitl
 AttributedString threeSections()
 {
     AttributedString text;
-    text.append(QStringLiteral("Opening line\n"), with(XQRTFSectionInfoAttributeName, section(QStringLiteral("Opening"))));
+    text.append(QStringLiteral("Opening line\n"),
+                with(XQRTFSectionInfoAttributeName, section(QStringLiteral("Opening"))));
     text.append(QStringLiteral("\f"), plain());
     text.append(QStringLiteral("Short line\n"), with(XQRTFSectionInfoAttributeName, section(QStringLiteral("Short"))));
     QString body;
@@ -172,10 +173,10 @@ TEST(ExtendedRTFWriter, JPEGPicturesKeepTheirBytes)
     QRegularExpressionMatch m;
     const QString hex = pictureHex(rtf, QStringLiteral("jpegblip"), &m);
     ASSERT_FALSE(hex.isEmpty()) << rtf.toStdString();
-    EXPECT_EQ(QByteArray::fromHex(hex.toLatin1()), jpeg);   // not re-encoded
+    EXPECT_EQ(QByteArray::fromHex(hex.toLatin1()), jpeg); // not re-encoded
     EXPECT_EQ(m.captured(1).toInt(), 64);
     EXPECT_EQ(m.captured(2).toInt(), 32);
-    EXPECT_EQ(m.captured(3).toInt(), 640);   // 32 pt
+    EXPECT_EQ(m.captured(3).toInt(), 640); // 32 pt
     EXPECT_EQ(m.captured(4).toInt(), 320);
     EXPECT_FALSE(rtf.contains(QStringLiteral("\\pngblip")));
 }

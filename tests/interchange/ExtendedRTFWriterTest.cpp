@@ -6,14 +6,14 @@
 
 #include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
-#include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/text/notes/NoteConversions.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/notes/NoteConversions.h>
 
 #include "interchange/ExportTestSupport.h"
 
@@ -53,7 +53,8 @@ TEST(ExtendedRTFWriter, NotesCommentsAndAnnotationsBecomeWordProcessorGroups)
     }
     EXPECT_EQ(count(rtf, QStringLiteral("{\\*\\atnid Ann Writer}{\\*\\atnauthor Ann Writer}\\chatn")), 3);
     // The range of comment 1 holds its anchor text; its annotation follows with the comment's text.
-    const QRegularExpression range1(QStringLiteral("\\{\\\\\\*\\\\atrfstart 1\\}[^{}]*first anchor[^{}]*\\{\\\\\\*\\\\atrfend 1\\}"));
+    const QRegularExpression range1(
+        QStringLiteral("\\{\\\\\\*\\\\atrfstart 1\\}[^{}]*first anchor[^{}]*\\{\\\\\\*\\\\atrfend 1\\}"));
     EXPECT_TRUE(range1.match(rtf).hasMatch());
     EXPECT_GT(rtf.indexOf(QStringLiteral("Comment one text")), rtf.indexOf(QStringLiteral("{\\*\\atnref 1}")));
     // The inline annotation is an annotation without a range.

@@ -6,16 +6,17 @@
 #include <qlyappkit/interchange/rtf/RTFHeadersFooters.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/platform/strings/StringSearch.h>
 #include <qlyappkit/platform/services/UserDefaults.h>
+#include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 using namespace qly;
 
 TEST(RTFTextToolkit, FontTableFontControlsAndDefaultFontSwap)
 {
-    QString rtf = QStringLiteral("{\\rtf1\\ansi\\deff3{\\fonttbl\\f0\\fswiss\\fcharset0 Helvetica;\\f3\\froman\\fcharset0 Times;"
-                                 "\\f12\\fnil Symbol;}\n\\f3\\fs24 a\\f0 b\\f12 c\\fs20 d}");
+    QString rtf =
+        QStringLiteral("{\\rtf1\\ansi\\deff3{\\fonttbl\\f0\\fswiss\\fcharset0 Helvetica;\\f3\\froman\\fcharset0 Times;"
+                       "\\f12\\fnil Symbol;}\n\\f3\\fs24 a\\f0 b\\f12 c\\fs20 d}");
     const QList<RTFFontTableEntry> table = RTFFontTableInfo(rtf);
     ASSERT_EQ(table.size(), 3);
     EXPECT_EQ(table.at(1), (RTFFontTableEntry{QStringLiteral("f3"), QStringLiteral("\\froman\\fcharset0 Times")}));
@@ -41,8 +42,9 @@ TEST(RTFTextToolkit, PlaceholderTagsBecomeRTFWithFontAndFormatting)
     EXPECT_EQ(replacePlaceholderTagsWithRTF(rtf, QStringLiteral("S"), QStringLiteral("E"), QStringLiteral("[s]"),
                                             QStringLiteral("[e]")),
               2);
-    EXPECT_EQ(rtf, QStringLiteral("\\f1\\fs28 x [s]\\f1\\fs28\\b1\\i0\\ul0 note[e]\\f1\\fs28\\b0 \\i0 \\ul0   y "
-                                  "[s]\\f1\\fs28\\b0\\i0\\ul0 second[e]\\f1\\fs28\\b0\\i1\\ul  <<**S(x)**>>open"));
+    EXPECT_EQ(rtf,
+              QStringLiteral("\\f1\\fs28 x [s]\\f1\\fs28\\b1\\i0\\ul0 note[e]\\f1\\fs28\\b0 \\i0 \\ul0   y "
+                             "[s]\\f1\\fs28\\b0\\i0\\ul0 second[e]\\f1\\fs28\\b0\\i1\\ul  <<**S(x)**>>open"));
 }
 
 TEST(RTFTextToolkit, HighlightMarginListAndLinkPasses)
@@ -62,16 +64,18 @@ TEST(RTFTextToolkit, HighlightMarginListAndLinkPasses)
 
     QString lists = QStringLiteral("{\\leveltext\\leveltemplateid1\\'02\\'05.;}{\\leveltext\\'01\\'05;}");
     QString unchanged = lists;
-    fixUpRTFLists(unchanged);   // the current toolkit needs no repair
+    fixUpRTFLists(unchanged); // the current toolkit needs no repair
     EXPECT_EQ(unchanged, lists);
     fixUpRTFLists(lists, 949.0);
     EXPECT_EQ(lists, QStringLiteral("{\\leveltext\\leveltemplateid1\\'02\\'00.;}{\\leveltext\\'01\\'05;}"));
 
-    QString links = QStringLiteral("{\\field{\\*\\fldinst{HYPERLINK \"http://a.example/\"}}{\\fldrslt \\cf2 \\ulc0 \\ul a}}"
-                                   "{\\field{\\*\\fldinst{HYPERLINK \"http://other/\"}}{\\fldrslt \\ulc0 b}}");
+    QString links =
+        QStringLiteral("{\\field{\\*\\fldinst{HYPERLINK \"http://a.example/\"}}{\\fldrslt \\cf2 \\ulc0 \\ul a}}"
+                       "{\\field{\\*\\fldinst{HYPERLINK \"http://other/\"}}{\\fldrslt \\ulc0 b}}");
     QString none = links;
     EXPECT_TRUE(stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(none, {}).isEmpty());
-    EXPECT_EQ(stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(links, {QStringLiteral("http://a.example/")}),
+    EXPECT_EQ(stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(
+                  links, {QStringLiteral("http://a.example/")}),
               QStringLiteral("{\\*\\cs1 Default;}{\\*\\cs2 Hyperlink;}"));
     EXPECT_TRUE(links.contains(QStringLiteral("{\\fldrslt \\cs2 \\cf2 \\ul a}}")));
     EXPECT_TRUE(links.contains(QStringLiteral("{\\fldrslt \\ulc0 b}}")));
@@ -95,7 +99,8 @@ TEST(RTFTextToolkit, ParagraphRangesMarkupAndFragments)
 
     EXPECT_EQ(RTFStringByConvertingMarkup(QStringLiteral("{{\\b raw}}")), QStringLiteral("\\b raw"));
     const QString marked = RTFStringByConvertingMarkup(QStringLiteral("_Title_ **bold** *it* page <$p>"));
-    EXPECT_TRUE(marked.startsWith(QStringLiteral("\\ul Title\\ul0  \\b1 bold\\b0  \\i1 it\\i0  page <$p>"))) << marked.toStdString();
+    EXPECT_TRUE(marked.startsWith(QStringLiteral("\\ul Title\\ul0  \\b1 bold\\b0  \\i1 it\\i0  page <$p>")))
+        << marked.toStdString();
     const QString fragment = RTFFragmentFromString(QStringLiteral("Caf\u00e9 {x}"));
     EXPECT_EQ(fragment, QStringLiteral("Caf\\uc0\\u233  \\{x\\}"));
     EXPECT_EQ(stringFromRTFFragment(fragment), QStringLiteral("Caf\u00e9 {x}"));
@@ -115,16 +120,21 @@ TEST(RTFTextToolkit, FootnoteStylesBookmarkNamesAndHeaderGroups)
     UserDefaults::standard().removeValue(RemoveUnderscoresInRTFBookmarksDefault);
 
     EXPECT_EQ(twipsToRightMarginWithDocumentAttributes({}), 7200);
-    const QVariantMap page{{PaperSizeDocumentAttribute, QSizeF(612, 792)}, {LeftMarginDocumentAttribute, 72.0},
+    const QVariantMap page{{PaperSizeDocumentAttribute, QSizeF(612, 792)},
+                           {LeftMarginDocumentAttribute, 72.0},
                            {RightMarginDocumentAttribute, 72.5}};
     EXPECT_EQ(twipsToRightMarginWithDocumentAttributes(page), 9350);
-    EXPECT_TRUE(headerOrFooterRTFForControl(QStringLiteral("header"), QString(), QStringLiteral("\\f0 "), 12, 2, 9000).isEmpty());
-    EXPECT_EQ(headerOrFooterRTFForControl(QStringLiteral("header"), QStringLiteral("a"), QStringLiteral("\\f1 "), 11, 2, 9000),
+    EXPECT_TRUE(headerOrFooterRTFForControl(QStringLiteral("header"), QString(), QStringLiteral("\\f0 "), 12, 2, 9000)
+                    .isEmpty());
+    EXPECT_EQ(headerOrFooterRTFForControl(QStringLiteral("header"), QStringLiteral("a"), QStringLiteral("\\f1 "), 11, 2,
+                                          9000),
               QStringLiteral("{\\header {\\pard\\qc {\\f1 \\fs22 a\\par}}}\n"));
-    EXPECT_EQ(headerOrFooterRTFForControl(QStringLiteral("footerf"), QStringLiteral("a\\tab b"), QStringLiteral("\\f0 "), 0, 2, 9001),
+    EXPECT_EQ(headerOrFooterRTFForControl(QStringLiteral("footerf"), QStringLiteral("a\\tab b"),
+                                          QStringLiteral("\\f0 "), 0, 2, 9001),
               QStringLiteral("{\\footerf {\\pard\\tqr\\tx9001\\ql {\\f0  a\\tab b\\par}}}\n"));
     EXPECT_TRUE(headerOrFooterRTFForControl(QStringLiteral("header"), QStringLiteral("a\tb\tc"), QString(), 0, 1, 9001)
                     .contains(QStringLiteral("\\tqc\\tx4500\\tqr\\tx9001\\ql")));
-    EXPECT_EQ(replaceHeaderFooterPlaceholders(QStringLiteral("<$p> of <$pagecount> \\<$p> <$SECTIONTITLE>"), QStringLiteral("Two")),
+    EXPECT_EQ(replaceHeaderFooterPlaceholders(QStringLiteral("<$p> of <$pagecount> \\<$p> <$SECTIONTITLE>"),
+                                              QStringLiteral("Two")),
               QStringLiteral("{\\chpgn} of {\\field {\\*\\fldinst {NUMPAGES}}{\\fldrslt 1}} \\<$p> TWO"));
 }

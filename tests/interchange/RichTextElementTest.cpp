@@ -4,9 +4,9 @@
 
 #include "support/RichTextAssertions.h"
 
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 using namespace qly;
 
@@ -14,10 +14,12 @@ namespace {
 
 AttributedString styledText()
 {
-    AttributedString text(QStringLiteral("Bold "),
-                          {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
-    text.append(QStringLiteral("italic \u00e9t\u00e9 "),
-                {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 14, ItalicFontMask))}});
+    AttributedString text(
+        QStringLiteral("Bold "),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
+    text.append(
+        QStringLiteral("italic \u00e9t\u00e9 "),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 14, ItalicFontMask))}});
     text.append(QStringLiteral("colour \u4e2d\u6587 \U0001F600 ]]> <&>\n"),
                 {{ForegroundColorAttributeName, QVariant::fromValue(Color(0.1, 0.2, 0.3, 0.5))}});
     return text;

@@ -12,7 +12,11 @@ namespace {
 // Collects what is logged while it lives.
 class LogCapture {
 public:
-    LogCapture() { s_messages.clear(); m_previous = qInstallMessageHandler(&LogCapture::handler); }
+    LogCapture()
+    {
+        s_messages.clear();
+        m_previous = qInstallMessageHandler(&LogCapture::handler);
+    }
     ~LogCapture() { qInstallMessageHandler(m_previous); }
     const QStringList& messages() const { return s_messages; }
 
@@ -153,7 +157,7 @@ TEST(XMLValues, DatesKeepTheirOffset)
     EXPECT_EQ(XQXMLStringValueFromDate(read), u"2026-11-22 14:05:09 +0100");
 
     for (const QString& text : {u"1999-01-02 03:04:05 -0930"_qs, u"2024-02-29 23:59:59 +0545"_qs,
-                               u"2000-06-30 00:00:00 +0000"_qs, u"0987-12-31 12:00:00 +1400"_qs})
+                                u"2000-06-30 00:00:00 +0000"_qs, u"0987-12-31 12:00:00 +1400"_qs})
         EXPECT_EQ(XQXMLStringValueFromDate(XQDateFromXMLStringValue(text)), text);
     EXPECT_EQ(XQDateFromXMLStringValue(u"1999-01-02 03:04:05 -0930"_qs).offsetFromUtc(), -(9 * 3600 + 30 * 60));
     EXPECT_EQ(XQDateFromXMLStringValue(u"2026-11-22 14:05:09 +01:00"_qs), date);
@@ -165,10 +169,10 @@ TEST(XMLValues, DatesKeepTheirOffset)
 
 TEST(XMLValues, EmptyOrBadDatesReadAsNow)
 {
-    for (const QString& text : {u""_qs, u"yesterday"_qs, u"2026-13-01 00:00:00 +0000"_qs,
-                               u"2026-02-30 00:00:00 +0000"_qs, u"2026-01-01 25:00:00 +0000"_qs,
-                               u"2026-01-01 10:00:00 +2500"_qs, u"2026-01-01 10:00:00 +0160"_qs,
-                               u"2026-01-01 10:00:00"_qs, u"2026-01-01"_qs}) {
+    for (const QString& text :
+         {u""_qs, u"yesterday"_qs, u"2026-13-01 00:00:00 +0000"_qs, u"2026-02-30 00:00:00 +0000"_qs,
+          u"2026-01-01 25:00:00 +0000"_qs, u"2026-01-01 10:00:00 +2500"_qs, u"2026-01-01 10:00:00 +0160"_qs,
+          u"2026-01-01 10:00:00"_qs, u"2026-01-01"_qs}) {
         const QDateTime before = QDateTime::currentDateTime();
         const QDateTime read = XQDateFromXMLStringValue(text);
         const QDateTime after = QDateTime::currentDateTime();
@@ -270,8 +274,7 @@ TEST(XMLValues, DamagedIndexTextsStayBounded)
 {
     EXPECT_EQ(qsizetype(XQIndexesFromXMLStringValue(u"0-999999999999"_qs).size()),
               XQMaximumIndexCountFromXMLStringValue);
-    EXPECT_EQ(XQArrayOfIndexesFromStringValue(u"0-999999999999, 5"_qs).size(),
-              XQMaximumIndexCountFromXMLStringValue);
+    EXPECT_EQ(XQArrayOfIndexesFromStringValue(u"0-999999999999, 5"_qs).size(), XQMaximumIndexCountFromXMLStringValue);
     // A run ending at the largest integer must not wrap around.
     EXPECT_EQ(XQIndexesFromXMLStringValue(u"9223372036854775806-99999999999999999999"_qs),
               (IndexSet{9223372036854775806, 9223372036854775807}));
@@ -287,8 +290,7 @@ TEST(XMLValues, ArraysOfIndexes)
     // Entries that are not numbers are skipped, and a run goes on across them.
     EXPECT_EQ(XQXMLStringValueFromArrayOfIndexes({1, u"x"_qs, 2, QVariant(), true, QVariantList{3}}), u"1-2");
     EXPECT_EQ(XQXMLStringValueFromArrayOfIndexes({qint64(8), 9u, 10.7, std::nan(""), -1, 11.0f}), u"8-11");
-    EXPECT_EQ(XQXMLStringValueFromArrayOfIndexes({qint64(4294967296), qint64(4294967297)}),
-              u"4294967296-4294967297");
+    EXPECT_EQ(XQXMLStringValueFromArrayOfIndexes({qint64(4294967296), qint64(4294967297)}), u"4294967296-4294967297");
 
     EXPECT_EQ(XQArrayOfIndexesFromStringValue(u"3-4, 4, 2"_qs), (QList<qint64>{3, 4, 4, 2}));
     EXPECT_EQ(XQArrayOfIndexesFromStringValue(u"1, 1"_qs), (QList<qint64>{1, 1}));

@@ -5,8 +5,8 @@
 #include <QRandomGenerator>
 #include <vector>
 
-#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/strings/CharacterSets.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/text/WordCounting.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 struct Reference {
     QString text;
-    std::vector<Attributes> attrs;   // one per character
+    std::vector<Attributes> attrs; // one per character
 
     Attributes forReplacing(Range r) const
     {
@@ -91,11 +91,11 @@ TEST(AttributedString, RandomEditsMatchReference)
         const qsizetype n = ref.text.size();
         const qsizetype a = n ? rng.bounded(int(n + 1)) : 0;
         // Mostly short ranges, so the text grows to many leaves; sometimes long ones.
-        const qsizetype b = rng.bounded(5) == 0 ? (n ? rng.bounded(int(n + 1)) : 0)
-                                                : std::min<qsizetype>(n, a + rng.bounded(6));
+        const qsizetype b =
+            rng.bounded(5) == 0 ? (n ? rng.bounded(int(n + 1)) : 0) : std::min<qsizetype>(n, a + rng.bounded(6));
         const Range r = Range::fromBounds(std::min(a, b), std::max(a, b));
         const int op = rng.bounded(9);
-        const AttributedString before = s;   // copies must not see later edits
+        const AttributedString before = s; // copies must not see later edits
         const QString beforeText = ref.text;
         if (op <= 2) {
             const QString t = randomText(rng, op == 0 ? 40 : 3);
@@ -147,11 +147,11 @@ TEST(AttributedString, InsertionTakesAttributesOfNeighbour)
     const Attributes plain{{KernAttributeName, 0.0}};
     AttributedString s(QStringLiteral("ab"), bold);
     s.append(QStringLiteral("cd"), plain);
-    s.replaceCharacters(Range{2, 0}, QStringLiteral("X"));          // after 'b': bold
+    s.replaceCharacters(Range{2, 0}, QStringLiteral("X")); // after 'b': bold
     EXPECT_EQ(s.attributes(2), bold);
-    s.replaceCharacters(Range{0, 0}, QStringLiteral("Y"));          // at 0: the following char
+    s.replaceCharacters(Range{0, 0}, QStringLiteral("Y")); // at 0: the following char
     EXPECT_EQ(s.attributes(0), bold);
-    s.replaceCharacters(Range{4, 2}, QStringLiteral("ZZZ"));        // replacing "cd": first replaced char
+    s.replaceCharacters(Range{4, 2}, QStringLiteral("ZZZ")); // replacing "cd": first replaced char
     EXPECT_EQ(s.substring(Range{4, 3}), QStringLiteral("ZZZ"));
     EXPECT_EQ(s.attributes(5), plain);
     AttributedString empty;
@@ -201,12 +201,12 @@ TEST(AttributedString, ParagraphAndLineRanges)
     EXPECT_EQ(s.paragraphRange(Range{0, 0}), (Range{0, 2}));
     EXPECT_EQ(s.paragraphRange(Range{1, 0}), (Range{0, 2}));
     EXPECT_EQ(s.paragraphRange(Range{3, 0}), (Range{2, 3}));
-    EXPECT_EQ(s.paragraphRange(Range{4, 0}), (Range{2, 3}));   // the LF of CR LF
+    EXPECT_EQ(s.paragraphRange(Range{4, 0}), (Range{2, 3})); // the LF of CR LF
     EXPECT_EQ(s.paragraphRange(Range{5, 0}), (Range{5, 2}));
     EXPECT_EQ(s.paragraphRange(Range{7, 0}), (Range{7, 2}));
-    EXPECT_EQ(s.paragraphRange(Range{10, 0}), (Range{9, 3}));  // U+2028 does not end a paragraph
-    EXPECT_EQ(s.paragraphRange(Range{12, 0}), (Range{9, 3}));  // at the end: the last paragraph
-    EXPECT_EQ(s.paragraphRange(Range{1, 4}), (Range{0, 5}));   // spans two paragraphs
+    EXPECT_EQ(s.paragraphRange(Range{10, 0}), (Range{9, 3})); // U+2028 does not end a paragraph
+    EXPECT_EQ(s.paragraphRange(Range{12, 0}), (Range{9, 3})); // at the end: the last paragraph
+    EXPECT_EQ(s.paragraphRange(Range{1, 4}), (Range{0, 5})); // spans two paragraphs
     EXPECT_EQ(s.lineRange(Range{10, 0}), (Range{9, 2}));
     EXPECT_EQ(s.lineRange(Range{11, 0}), (Range{11, 1}));
     EXPECT_EQ(AttributedString().paragraphRange(Range{0, 0}), (Range{0, 0}));
@@ -216,15 +216,15 @@ TEST(AttributedString, WordBoundaries)
 {
     AttributedString s(QStringLiteral("Hello,  world's end. 3.5"));
     EXPECT_EQ(s.doubleClickAtIndex(1), (Range{0, 5}));
-    EXPECT_EQ(s.doubleClickAtIndex(5), (Range{5, 1}));     // the comma alone
-    EXPECT_EQ(s.doubleClickAtIndex(6), (Range{6, 2}));     // a run of spaces
-    EXPECT_EQ(s.doubleClickAtIndex(9), (Range{8, 7}));     // "world's" is one word
-    EXPECT_EQ(s.doubleClickAtIndex(22), (Range{21, 3}));   // "3.5"
+    EXPECT_EQ(s.doubleClickAtIndex(5), (Range{5, 1})); // the comma alone
+    EXPECT_EQ(s.doubleClickAtIndex(6), (Range{6, 2})); // a run of spaces
+    EXPECT_EQ(s.doubleClickAtIndex(9), (Range{8, 7})); // "world's" is one word
+    EXPECT_EQ(s.doubleClickAtIndex(22), (Range{21, 3})); // "3.5"
     EXPECT_EQ(s.nextWordFromIndex(0, true), 5);
-    EXPECT_EQ(s.nextWordFromIndex(5, true), 15);           // from the comma: end of "world's"
+    EXPECT_EQ(s.nextWordFromIndex(5, true), 15); // from the comma: end of "world's"
     EXPECT_EQ(s.nextWordFromIndex(15, true), 19);
     EXPECT_EQ(s.nextWordFromIndex(24, true), 24);
-    EXPECT_EQ(s.nextWordFromIndex(15, false), 8);          // start of the word before
+    EXPECT_EQ(s.nextWordFromIndex(15, false), 8); // start of the word before
     EXPECT_EQ(s.nextWordFromIndex(8, false), 0);
     EXPECT_EQ(s.nextWordFromIndex(10, false), 8);
     EXPECT_EQ(s.nextWordFromIndex(0, false), 0);
@@ -241,10 +241,12 @@ TEST(AttributedString, WordBoundaries)
 TEST(AttributedString, WordCountMatchesSteppingThroughWords)
 {
     QRandomGenerator rng(7);
-    static const QStringList pieces{QStringLiteral("word"), QStringLiteral(" "), QStringLiteral("--"),
-                                    QStringLiteral("can't"), QStringLiteral("\n"), QStringLiteral("3.14"),
-                                    QStringLiteral("..."), QStringLiteral("\u00E9t\u00E9"), QStringLiteral("\u4E2D\u6587"),
-                                    QStringLiteral("\t"), QStringLiteral("e-mail")};
+    static const QStringList pieces{QStringLiteral("word"),         QStringLiteral(" "),
+                                    QStringLiteral("--"),           QStringLiteral("can't"),
+                                    QStringLiteral("\n"),           QStringLiteral("3.14"),
+                                    QStringLiteral("..."),          QStringLiteral("\u00E9t\u00E9"),
+                                    QStringLiteral("\u4E2D\u6587"), QStringLiteral("\t"),
+                                    QStringLiteral("e-mail")};
     for (int round = 0; round < 40; ++round) {
         QString t;
         const int n = rng.bounded(200);
@@ -262,5 +264,5 @@ TEST(AttributedString, WordCountMatchesSteppingThroughWords)
         EXPECT_EQ(wordCount(s, Range{0, s.length()}), stepped) << t.toStdString();
         EXPECT_EQ(wordCount(QStringView(t)), stepped);
     }
-    EXPECT_EQ(wordCount(AttributedString(QStringLiteral("one two")), Range{0, 99}), 0);   // past the end
+    EXPECT_EQ(wordCount(AttributedString(QStringLiteral("one two")), Range{0, 99}), 0); // past the end
 }

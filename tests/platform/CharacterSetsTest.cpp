@@ -4,9 +4,9 @@ using namespace qly;
 
 TEST(CharacterSets, Whitespace)
 {
-    for (char32_t c : {U'\t', U'\n', U'\v', U'\f', U'\r', U' ', char32_t(0x85), char32_t(0xA0), char32_t(0x1680),
-                       char32_t(0x2000), char32_t(0x200A), char32_t(0x2028), char32_t(0x2029), char32_t(0x202F),
-                       char32_t(0x205F), char32_t(0x3000)})
+    for (char32_t c :
+         {U'\t', U'\n', U'\v', U'\f', U'\r', U' ', char32_t(0x85), char32_t(0xA0), char32_t(0x1680), char32_t(0x2000),
+          char32_t(0x200A), char32_t(0x2028), char32_t(0x2029), char32_t(0x202F), char32_t(0x205F), char32_t(0x3000)})
         EXPECT_TRUE(isWhitespaceOrNewline(c)) << std::hex << unsigned(c);
     for (char32_t c : {U'a', U'0', U'.', char32_t(0x08), char32_t(0x0E), char32_t(0x1F), char32_t(0x84),
                        char32_t(0x200B), char32_t(0xFEFF), char32_t(0x180E), char32_t(0x1F600)})
@@ -32,7 +32,7 @@ TEST(CharacterSets, Alphanumeric)
         EXPECT_FALSE(isAlphanumeric(c)) << std::hex << unsigned(c);
 
     EXPECT_TRUE(containsAlphanumeric(u"  ...\u0661"));
-    EXPECT_TRUE(containsAlphanumeric(u"\U0001D400"));   // a letter outside the BMP, as a surrogate pair
+    EXPECT_TRUE(containsAlphanumeric(u"\U0001D400")); // a letter outside the BMP, as a surrogate pair
     EXPECT_FALSE(containsAlphanumeric(u" .,!\U0001F600\uFFFC"));
     EXPECT_FALSE(containsAlphanumeric(u""));
     // An unpaired surrogate is not a letter.
@@ -42,12 +42,34 @@ TEST(CharacterSets, Alphanumeric)
 
 TEST(CharacterSets, Punctuation)
 {
-    for (char32_t c : {U'.', U',', U'!', U'?', U'_', U'-', U'(', U')', U'"', U'\'', U'@', U'#', U'%', U'&', U'*',
-                       char32_t(0xA1), char32_t(0xAB), char32_t(0xBB), char32_t(0x2014), char32_t(0x2018),
-                       char32_t(0x2019), char32_t(0x201C), char32_t(0x2026), char32_t(0x3002), char32_t(0x55D)})
+    for (char32_t c : {U'.',
+                       U',',
+                       U'!',
+                       U'?',
+                       U'_',
+                       U'-',
+                       U'(',
+                       U')',
+                       U'"',
+                       U'\'',
+                       U'@',
+                       U'#',
+                       U'%',
+                       U'&',
+                       U'*',
+                       char32_t(0xA1),
+                       char32_t(0xAB),
+                       char32_t(0xBB),
+                       char32_t(0x2014),
+                       char32_t(0x2018),
+                       char32_t(0x2019),
+                       char32_t(0x201C),
+                       char32_t(0x2026),
+                       char32_t(0x3002),
+                       char32_t(0x55D)})
         EXPECT_TRUE(isPunctuation(c)) << std::hex << unsigned(c);
     // Symbols (S*) are not punctuation.
-    for (char32_t c : {U'a', U'1', U' ', U'+', U'$', U'<', U'=', U'^', U'`', U'|', U'~', char32_t(0xA9),
-                       char32_t(0x20AC)})
+    for (char32_t c :
+         {U'a', U'1', U' ', U'+', U'$', U'<', U'=', U'^', U'`', U'|', U'~', char32_t(0xA9), char32_t(0x20AC)})
         EXPECT_FALSE(isPunctuation(c)) << std::hex << unsigned(c);
 }

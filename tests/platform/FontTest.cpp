@@ -21,7 +21,7 @@ TEST(Font, FaceNamesParseAndRoundTrip)
         {"Courier-BoldOblique", "Courier", qly::BoldFontMask | qly::ItalicFontMask, "Courier-BoldItalic"},
         {"Times-Roman", "Times", 0, "Times"},
         {"Liberation Sans-Bold", "Liberation Sans", qly::BoldFontMask, "Liberation Sans-Bold"},
-        {"-Bold", "-Bold", 0, "-Bold"},   // a suffix alone is not a family
+        {"-Bold", "-Bold", 0, "-Bold"}, // a suffix alone is not a family
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

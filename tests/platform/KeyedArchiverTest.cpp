@@ -1,9 +1,9 @@
+#include <qlyappkit/platform/services/KeyedArchiver.h>
 #include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/services/KeyedArchiver.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
 
 #include <QBuffer>
@@ -23,10 +23,7 @@ namespace ar = qly::archiving;
 
 namespace {
 
-QVariant roundTrip(const QVariant& value)
-{
-    return ar::unarchive(ar::archivedData(value));
-}
+QVariant roundTrip(const QVariant& value) { return ar::unarchive(ar::archivedData(value)); }
 
 QByteArray pngBytes(int width, int height)
 {
@@ -84,14 +81,15 @@ TEST(KeyedArchiver, BasicValuesRoundTrip)
         QPointF(-1.5, 2.25),
         QRectF(1, 2, 3.5, 4.5),
         QVariantList{1, QStringLiteral("two"), QVariantList{3.0}},
-        QVariantMap{{QStringLiteral("nested"), QVariantMap{{QStringLiteral("x"), 1}}}, {QStringLiteral("empty"), QVariantMap()}},
+        QVariantMap{{QStringLiteral("nested"), QVariantMap{{QStringLiteral("x"), 1}}},
+                    {QStringLiteral("empty"), QVariantMap()}},
     };
     for (const QVariant& value : values) {
         SCOPED_TRACE(value.typeName() ? value.typeName() : "invalid");
         const QVariant back = roundTrip(value);
-        EXPECT_EQ(back.typeId(), value.typeId() == QMetaType::UInt || value.typeId() == QMetaType::LongLong
-                                     ? QMetaType::LongLong
-                                     : value.typeId());
+        EXPECT_EQ(back.typeId(),
+                  value.typeId() == QMetaType::UInt || value.typeId() == QMetaType::LongLong ? QMetaType::LongLong
+                                                                                             : value.typeId());
         EXPECT_EQ(back, value);
         EXPECT_EQ(ar::deepCopy(value), value);
     }
@@ -171,8 +169,8 @@ TEST(KeyedArchiver, TextBlocksOfOneTableShareItAfterDecoding)
     ASSERT_EQ(n.size(), 2);
     ASSERT_EQ(p.size(), 1);
     ASSERT_TRUE(l[0].table);
-    EXPECT_NE(l[0].table, table);                 // a new table…
-    EXPECT_EQ(l[0].table, r[0].table);            // …shared by the cells of the one it copies
+    EXPECT_NE(l[0].table, table); // a new table…
+    EXPECT_EQ(l[0].table, r[0].table); // …shared by the cells of the one it copies
     EXPECT_EQ(l[0].table, n[0].table);
     EXPECT_NE(n[1].table, l[0].table);
     EXPECT_EQ(l[0].table->numberOfColumns, 2);
@@ -191,7 +189,7 @@ TEST(KeyedArchiver, Attachments)
     EXPECT_EQ(held.bounds(), QSizeF(4, 3));
     const TextAttachment back = roundTrip(QVariant::fromValue(held)).value<TextAttachment>();
     ASSERT_FALSE(back.isNull());
-    EXPECT_NE(back, held);   // a new object
+    EXPECT_NE(back, held); // a new object
     EXPECT_EQ(back.fileName(), held.fileName());
     EXPECT_EQ(back.contents(), held.contents());
     EXPECT_FALSE(back.hasExplicitBounds());
@@ -208,7 +206,8 @@ TEST(KeyedArchiver, Attachments)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(pngBytes(2, 5));
     file.close();
-    const TextAttachment linked = roundTrip(QVariant::fromValue(TextAttachment::linkedToFile(path))).value<TextAttachment>();
+    const TextAttachment linked =
+        roundTrip(QVariant::fromValue(TextAttachment::linkedToFile(path))).value<TextAttachment>();
     EXPECT_TRUE(linked.isLinkedFile());
     EXPECT_EQ(linked.linkedFilePath(), path);
     EXPECT_EQ(linked.fileName(), QStringLiteral("linked.png"));
@@ -230,11 +229,12 @@ TEST(KeyedArchiver, AttributedStrings)
     const TextAttachment picture(QStringLiteral("p.png"), pngBytes(1, 1));
     AttributedString text;
     text.append(QStringLiteral("Plain "), {});
-    text.append(QStringLiteral("bold \U0001F600 "), {{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Helvetica-Bold"), 12))},
-                                                      {ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
+    text.append(QStringLiteral("bold \U0001F600 "),
+                {{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Helvetica-Bold"), 12))},
+                 {ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
     text.append(QString(QChar(AttachmentCharacter)), {{AttachmentAttributeName, QVariant::fromValue(picture)}});
-    text.append(QStringLiteral(" linked"), {{LinkAttributeName, QUrl(QStringLiteral("https://example.com"))},
-                                           {UnderlineStyleAttributeName, 1}});
+    text.append(QStringLiteral(" linked"),
+                {{LinkAttributeName, QUrl(QStringLiteral("https://example.com"))}, {UnderlineStyleAttributeName, 1}});
     text.append(QStringLiteral("\n"), {{ParagraphStyleAttributeName, QVariant::fromValue(richStyle())}});
 
     const QVariant back = roundTrip(QVariant::fromValue(text));
@@ -264,7 +264,7 @@ TEST(KeyedArchiver, MalformedInputGivesNothing)
     EXPECT_FALSE(ar::unarchive(good + '\x01').isValid());
     EXPECT_FALSE(ar::unarchive(QByteArray()).isValid());
     EXPECT_FALSE(ar::unarchive(QByteArray("\xff\xff\xff", 3)).isValid());
-    EXPECT_FALSE(ar::unarchive(QByteArray("\xbf\x61", 2)).isValid());   // indefinite map, never closed
+    EXPECT_FALSE(ar::unarchive(QByteArray("\xbf\x61", 2)).isValid()); // indefinite map, never closed
 
     // Every prefix of a rich archive is rejected without crashing.
     AttributedString text(QStringLiteral("abc"), {{FontAttributeName, QVariant::fromValue(Font::userFont())}});
@@ -285,13 +285,16 @@ TEST(KeyedArchiver, MalformedInputGivesNothing)
     EXPECT_FALSE(ar::decode(classMap("Size", {{QStringLiteral("width"), 1}})).isValid());
     EXPECT_FALSE(ar::decode(classMap("ParagraphStyle", {{QStringLiteral("alignment"), 17}})).isValid());
     EXPECT_FALSE(ar::decode(classMap("ParagraphStyle", {{QStringLiteral("tabStops"), 5}})).isValid());
-    EXPECT_FALSE(ar::decode(classMap("AttributedString", {{QStringLiteral("string"), QStringLiteral("ab")},
-                                                          {QStringLiteral("runs"), QCborArray{QCborMap{{QStringLiteral("length"), 5},
-                                                                                                       {QStringLiteral("attributes"), QCborMap{}}}}}}))
+    EXPECT_FALSE(ar::decode(classMap("AttributedString",
+                                     {{QStringLiteral("string"), QStringLiteral("ab")},
+                                      {QStringLiteral("runs"),
+                                       QCborArray{QCborMap{{QStringLiteral("length"), 5},
+                                                           {QStringLiteral("attributes"), QCborMap{}}}}}}))
                      .isValid());
-    EXPECT_FALSE(ar::decode(classMap("AttributedString", {{QStringLiteral("string"), QStringLiteral("ab")},
-                                                          {QStringLiteral("runs"), QCborArray{}}}))
-                     .isValid());
+    EXPECT_FALSE(
+        ar::decode(classMap("AttributedString",
+                            {{QStringLiteral("string"), QStringLiteral("ab")}, {QStringLiteral("runs"), QCborArray{}}}))
+            .isValid());
     EXPECT_FALSE(ar::decode(classMap("TextAttachment", {{QStringLiteral("$ref"), 7}})).isValid());
     QCborMap nonStringKey;
     nonStringKey.insert(1, 2);
@@ -300,10 +303,11 @@ TEST(KeyedArchiver, MalformedInputGivesNothing)
     // An attribute value of an unknown class is dropped; the text survives.
     QCborMap run;
     run.insert(QStringLiteral("length"), 2);
-    run.insert(QStringLiteral("attributes"), QCborMap{{QStringLiteral("Known"), 1},
-                                                      {QStringLiteral("Unknown"), classMap("NoSuchClass", {})}});
-    const QVariant partial = ar::decode(classMap("AttributedString", {{QStringLiteral("string"), QStringLiteral("ab")},
-                                                                     {QStringLiteral("runs"), QCborArray{run}}}));
+    run.insert(QStringLiteral("attributes"),
+               QCborMap{{QStringLiteral("Known"), 1}, {QStringLiteral("Unknown"), classMap("NoSuchClass", {})}});
+    const QVariant partial = ar::decode(
+        classMap("AttributedString",
+                 {{QStringLiteral("string"), QStringLiteral("ab")}, {QStringLiteral("runs"), QCborArray{run}}}));
     ASSERT_TRUE(partial.isValid());
     EXPECT_EQ(partial.value<AttributedString>().attributes(0), (Attributes{{QStringLiteral("Known"), 1}}));
 }
@@ -339,7 +343,8 @@ TEST(KeyedArchiver, RegisteredReferenceTypesKeepIdentity)
     text.append(QStringLiteral("x"), {{QStringLiteral("C"), QVariant::fromValue(a)}, {QStringLiteral("B"), 1}});
     text.append(QStringLiteral("y"), {{QStringLiteral("C"), QVariant::fromValue(a)}});
     text.append(QStringLiteral("z"), {{QStringLiteral("C"), QVariant::fromValue(b)}});
-    const QVariantMap map{{QStringLiteral("text"), QVariant::fromValue(text)}, {QStringLiteral("first"), QVariant::fromValue(a)}};
+    const QVariantMap map{{QStringLiteral("text"), QVariant::fromValue(text)},
+                          {QStringLiteral("first"), QVariant::fromValue(a)}};
 
     const QVariantMap copy = ar::deepCopy(map).toMap();
     const Ptr first = copy.value(QStringLiteral("first")).value<Ptr>();

@@ -16,7 +16,8 @@ TEST(NotificationCenter, SenderAndNameFiltering)
     QStringList heard;
     auto log = [&heard](const QString& who) {
         return [&heard, who](const Notification& n) {
-            heard << who + QLatin1Char(':') + n.name + QLatin1Char(':') + n.userInfo.value(QStringLiteral("k")).toString();
+            heard << who + QLatin1Char(':') + n.name + QLatin1Char(':')
+                    + n.userInfo.value(QStringLiteral("k")).toString();
         };
     };
     center.addObserver(kChanged, &senderA, log(QStringLiteral("fromA")));
@@ -28,9 +29,10 @@ TEST(NotificationCenter, SenderAndNameFiltering)
     center.post(kOther, &senderA, {{QStringLiteral("k"), 3}});
     center.post(kOther, &senderB, {{QStringLiteral("k"), 4}});
     center.post(kChanged, nullptr, {{QStringLiteral("k"), 5}});
-    EXPECT_EQ(heard, (QStringList{QStringLiteral("fromA:Changed:1"), QStringLiteral("any:Changed:1"),
-                                  QStringLiteral("any:Changed:2"), QStringLiteral("allFromB:Changed:2"),
-                                  QStringLiteral("allFromB:Other:4"), QStringLiteral("any:Changed:5")}));
+    EXPECT_EQ(heard,
+              (QStringList{QStringLiteral("fromA:Changed:1"), QStringLiteral("any:Changed:1"),
+                           QStringLiteral("any:Changed:2"), QStringLiteral("allFromB:Changed:2"),
+                           QStringLiteral("allFromB:Other:4"), QStringLiteral("any:Changed:5")}));
 
     // The notification carries its sender.
     const void* seen = nullptr;
@@ -49,7 +51,7 @@ TEST(NotificationCenter, ChangesDuringDelivery)
     // Removes itself and a later observer, then goes on running: its captured state must still be
     // alive (the guard records when the handler's captures are destroyed).
     struct Guard {
-        explicit Guard(bool* flag) : destroyed(flag) {}
+        explicit Guard(bool* flag) : destroyed(flag) { }
         ~Guard() { *destroyed = true; }
         bool* destroyed;
     };
@@ -71,7 +73,7 @@ TEST(NotificationCenter, ChangesDuringDelivery)
 
     guard.reset();
     center.post(kChanged, nullptr);
-    EXPECT_TRUE(handlerDestroyed);   // released once the delivery is over
+    EXPECT_TRUE(handlerDestroyed); // released once the delivery is over
     EXPECT_EQ(heard, (QStringList{name, QStringLiteral("third")}));
     heard.clear();
     center.post(kChanged, nullptr);
@@ -104,7 +106,7 @@ TEST(NotificationCenter, ScopedObserver)
 
         ScopedObserver moved(std::move(observer));
         NotificationCenter::defaultCenter().post(kChanged, &sender);
-        EXPECT_EQ(count, 2);   // moved, not doubled
+        EXPECT_EQ(count, 2); // moved, not doubled
 
         ScopedObserver assigned;
         assigned = std::move(moved);
@@ -117,8 +119,10 @@ TEST(NotificationCenter, ScopedObserver)
     // Assigning over an active observer ends its observation.
     NotificationCenter center;
     int a = 0, b = 0;
-    ScopedObserver first(kChanged, nullptr, [&a](const Notification&) { ++a; }, center);
-    first = ScopedObserver(kChanged, nullptr, [&b](const Notification&) { ++b; }, center);
+    ScopedObserver first(
+        kChanged, nullptr, [&a](const Notification&) { ++a; }, center);
+    first = ScopedObserver(
+        kChanged, nullptr, [&b](const Notification&) { ++b; }, center);
     center.post(kChanged, nullptr);
     EXPECT_EQ(a, 0);
     EXPECT_EQ(b, 1);

@@ -16,8 +16,8 @@ TEST(NumberParsing, IntegersReadTheLeadingDigitsAfterBlanksAndSign)
     EXPECT_EQ(stringIntValue(u""), 0);
     EXPECT_EQ(stringIntValue(u"abc"), 0);
     EXPECT_EQ(stringIntValue(u"-"), 0);
-    EXPECT_EQ(stringIntValue(u"- 5"), 0);   // the sign must touch the digits
-    EXPECT_EQ(stringIntValue(u"x5"), 0);    // digits after other characters are not read
+    EXPECT_EQ(stringIntValue(u"- 5"), 0); // the sign must touch the digits
+    EXPECT_EQ(stringIntValue(u"x5"), 0); // digits after other characters are not read
     EXPECT_EQ(stringIntValue(u"\u0663"), 0); // only ASCII digits are digits
 
     EXPECT_EQ(stringIntegerValue(u"4294967296"), qint64(4294967296));
@@ -52,10 +52,10 @@ TEST(NumberParsing, DecimalNumbers)
     EXPECT_EQ(stringDoubleValue(u"3."), 3.0);
     EXPECT_EQ(stringDoubleValue(u"1e3"), 1000.0);
     EXPECT_EQ(stringDoubleValue(u"1.5E-2"), 0.015);
-    EXPECT_EQ(stringDoubleValue(u"2e"), 2.0);   // an exponent needs digits
+    EXPECT_EQ(stringDoubleValue(u"2e"), 2.0); // an exponent needs digits
     EXPECT_EQ(stringDoubleValue(u"2e+x"), 2.0);
-    EXPECT_EQ(stringDoubleValue(u"1,5"), 1.0);  // the decimal point is always "."
-    EXPECT_EQ(stringDoubleValue(u"0.1"), 0.1);  // correctly rounded, not accumulated
+    EXPECT_EQ(stringDoubleValue(u"1,5"), 1.0); // the decimal point is always "."
+    EXPECT_EQ(stringDoubleValue(u"0.1"), 0.1); // correctly rounded, not accumulated
     EXPECT_EQ(stringDoubleValue(u""), 0.0);
     EXPECT_EQ(stringDoubleValue(u"."), 0.0);
     EXPECT_EQ(stringDoubleValue(u"inf"), 0.0);

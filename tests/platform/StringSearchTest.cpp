@@ -27,8 +27,10 @@ TEST(StringSearch, ForwardBackwardAndCase)
     const QString emoji = QStringLiteral("a\U0001F600b");
     EXPECT_EQ(rangeOfString(emoji, QString(QChar(0xDE00))), (Range{2, 1}));
     EXPECT_EQ(rangeOfString(QStringLiteral("straSSe"), QStringLiteral("sse"), CaseInsensitiveSearch), (Range{4, 3}));
-    EXPECT_TRUE(rangeOfString(QStringLiteral("stra\u00DFe"), QStringLiteral("SSE"), CaseInsensitiveSearch).isNotFound());
-    EXPECT_EQ(rangeOfString(QStringLiteral("\u00C9t\u00C9"), QStringLiteral("\u00E9"), CaseInsensitiveSearch | BackwardsSearch),
+    EXPECT_TRUE(
+        rangeOfString(QStringLiteral("stra\u00DFe"), QStringLiteral("SSE"), CaseInsensitiveSearch).isNotFound());
+    EXPECT_EQ(rangeOfString(QStringLiteral("\u00C9t\u00C9"), QStringLiteral("\u00E9"),
+                            CaseInsensitiveSearch | BackwardsSearch),
               (Range{2, 1}));
 
     EXPECT_TRUE(stringsEqual(QStringLiteral("Abc"), QStringLiteral("aBC"), CaseInsensitiveSearch));
@@ -65,8 +67,9 @@ TEST(StringSearch, RangeIsClippedToText)
     EXPECT_TRUE(rangeOfString(text, QStringLiteral("one"), 0, Range{100, 5}).isNotFound());
     EXPECT_TRUE(rangeOfString(text, QStringLiteral("one"), 0, Range{0, -3}).isNotFound());
     EXPECT_TRUE(rangeOfString(text, QStringLiteral("one"), 0, Range::notFound()).isNotFound());
-    EXPECT_EQ(rangeOfString(text, QStringLiteral("one"), BackwardsSearch,
-                            Range{2, std::numeric_limits<qsizetype>::max()}), (Range{8, 3}));
+    EXPECT_EQ(
+        rangeOfString(text, QStringLiteral("one"), BackwardsSearch, Range{2, std::numeric_limits<qsizetype>::max()}),
+        (Range{8, 3}));
     EXPECT_EQ(rangeOfString(text, QStringLiteral("one"), AnchoredSearch | BackwardsSearch, Range{0, 1000}),
               (Range{8, 3}));
 }

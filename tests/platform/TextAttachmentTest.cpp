@@ -12,7 +12,7 @@ TEST(TextAttachment, ImagesAndBounds)
     const TextAttachment png = TextAttachment::fromImage(picture);
     EXPECT_EQ(png.fileName(), QStringLiteral("image.png"));
     EXPECT_TRUE(png.contents().startsWith("\x89PNG"));
-    EXPECT_EQ(png.bounds(), QSizeF(6, 4));   // one pixel per point
+    EXPECT_EQ(png.bounds(), QSizeF(6, 4)); // one pixel per point
 
     const TextAttachment jpeg = TextAttachment::fromImage(picture, QStringLiteral("photo.JPG"));
     QBuffer buffer;

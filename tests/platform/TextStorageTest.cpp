@@ -51,9 +51,9 @@ TEST(TextStorage, BatchedEditsAreProcessedOnceWithTheirUnion)
     });
 
     storage.beginEditing();
-    storage.replaceCharacters(Range{0, 5}, QStringLiteral("Hi"));          // "Hi world", delta -3
+    storage.replaceCharacters(Range{0, 5}, QStringLiteral("Hi")); // "Hi world", delta -3
     storage.beginEditing();
-    storage.replaceCharacters(Range{8, 0}, QStringLiteral("!!"));          // "Hi world!!", +2
+    storage.replaceCharacters(Range{8, 0}, QStringLiteral("!!")); // "Hi world!!", +2
     storage.endEditing();
     EXPECT_TRUE(posted.empty()) << "nested endEditing must not process";
     storage.setAttributes({{UnderlineStyleAttributeName, 1}}, Range{3, 2});
@@ -88,8 +88,8 @@ TEST(TextStorage, EditedRangeFollowsLaterEditsBeforeIt)
     ScopedObserver listen(TextStorageDidProcessEditingNotification, &storage,
                           [&](const Notification&) { seen = storage.editedRange(); });
     storage.beginEditing();
-    storage.replaceCharacters(Range{8, 1}, QStringLiteral("ab"));   // edited {8,2}
-    storage.replaceCharacters(Range{0, 3}, QString());              // shifts it to {5,2}; adds {0,0}
+    storage.replaceCharacters(Range{8, 1}, QStringLiteral("ab")); // edited {8,2}
+    storage.replaceCharacters(Range{0, 3}, QString()); // shifts it to {5,2}; adds {0,0}
     storage.endEditing();
     EXPECT_EQ(seen, (Range{0, 7}));
     EXPECT_EQ(storage.string(), QStringLiteral("34567ab9"));

@@ -41,7 +41,8 @@ TEST(UserDefaults, RegisteredDefaultsAndStoredValues)
     EXPECT_FALSE(defaults.value(key).isValid());
     EXPECT_FALSE(defaults.boolForKey(key));
 
-    defaults.registerDefaults({{key, true}, {QStringLiteral("RegisteredSize"), 14.5},
+    defaults.registerDefaults({{key, true},
+                               {QStringLiteral("RegisteredSize"), 14.5},
                                {QStringLiteral("RegisteredName"), QStringLiteral("Notes")}});
     EXPECT_TRUE(defaults.contains(key));
     EXPECT_TRUE(defaults.boolForKey(key));
@@ -54,7 +55,7 @@ TEST(UserDefaults, RegisteredDefaultsAndStoredValues)
     defaults.removeValue(key);
     EXPECT_TRUE(defaults.boolForKey(key));
     defaults.setValue(key, false);
-    defaults.setValue(key, QVariant());   // setting nothing removes
+    defaults.setValue(key, QVariant()); // setting nothing removes
     EXPECT_TRUE(defaults.boolForKey(key));
 }
 
@@ -64,7 +65,7 @@ TEST(UserDefaults, TypedAccessorsAndTruthOfTexts)
     struct Case {
         const char* text;
         bool expected;
-    } cases[] = {{"YES", true}, {"yes", true}, {"true", true}, {"T", true}, {"1", true}, {" 2.5", true},
+    } cases[] = {{"YES", true},  {"yes", true}, {"true", true},   {"T", true},  {"1", true}, {" 2.5", true},
                  {"+007", true}, {"NO", false}, {"false", false}, {"0", false}, {"", false}, {"0.5", false}};
     for (const Case& c : cases) {
         defaults.setValue(QStringLiteral("TruthText"), QString::fromLatin1(c.text));

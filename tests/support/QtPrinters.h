@@ -15,4 +15,4 @@ inline void PrintTo(const QVariant& v, std::ostream* os)
 
 namespace qly {
 inline void PrintTo(const Range& r, std::ostream* os) { *os << "{" << r.location << ", " << r.length << "}"; }
-}
+} // namespace qly

@@ -14,7 +14,8 @@ using namespace qly::testing;
 
 namespace {
 
-const Attributes kItalic{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
+const Attributes kItalic{
+    {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
 
 std::shared_ptr<XQTextStorage> makeComponent(QRandomGenerator& rng)
 {
@@ -35,11 +36,12 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
 {
     const AttributedString own = component.attributedString();
     if (aggregate.attributedSubstring(slice) != own)
-        return ::testing::AssertionFailure() << "slice " << slice.location << "+" << slice.length << " is \""
-                                             << aggregate.substring(slice).toStdString() << "\", component has \""
-                                             << own.string().toStdString() << "\" (or attributes differ)";
+        return ::testing::AssertionFailure()
+            << "slice " << slice.location << "+" << slice.length << " is \"" << aggregate.substring(slice).toStdString()
+            << "\", component has \"" << own.string().toStdString() << "\" (or attributes differ)";
     if (component.wordCount() != fullWordCount(own))
-        return ::testing::AssertionFailure() << "component count " << component.wordCount() << " != " << fullWordCount(own);
+        return ::testing::AssertionFailure()
+            << "component count " << component.wordCount() << " != " << fullWordCount(own);
     if (component.comments() != scanComments(own))
         return ::testing::AssertionFailure() << "component comments list is stale";
     if (!commentLinksConsistent(own))
@@ -59,7 +61,8 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
         const Range component = aggregate.componentRanges()[size_t(i)];
         const Range text = aggregate.textRanges()[size_t(i)];
         if (component.location != pos)
-            return ::testing::AssertionFailure() << "component " << i << " starts at " << component.location << ", not " << pos;
+            return ::testing::AssertionFailure()
+                << "component " << i << " starts at " << component.location << ", not " << pos;
         if (aggregate.showsTitles()) {
             const Range title = aggregate.titleRanges()[size_t(i)];
             if (title.location != pos || aggregate.substring(title) != aggregate.components()[size_t(i)].title
@@ -81,8 +84,8 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
         QString expected;
         if (i + 1 < n)
             expected = aggregate.components()[size_t(i + 1)].pageBreakBefore ? QStringLiteral("\n\f")
-                     : aggregate.usesSingleLineSeparators()                 ? QStringLiteral("\n")
-                                                                            : QStringLiteral("\n\n");
+                : aggregate.usesSingleLineSeparators()                       ? QStringLiteral("\n")
+                                                                             : QStringLiteral("\n\n");
         if (aggregate.substring(separator) != expected)
             return ::testing::AssertionFailure() << "separator after component " << i;
         for (qsizetype j = separator.location; j < separator.end(); ++j) {
@@ -90,7 +93,8 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
                 return ::testing::AssertionFailure() << "separator character without its mark at " << j;
         }
         words += fullWordCount(components[size_t(i)]->attributedString());
-        comments.insert(comments.end(), components[size_t(i)]->comments().begin(), components[size_t(i)]->comments().end());
+        comments.insert(comments.end(), components[size_t(i)]->comments().begin(),
+                        components[size_t(i)]->comments().end());
         pos = component.end();
     }
     if (pos != aggregate.length())
@@ -104,10 +108,7 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
     return ::testing::AssertionSuccess();
 }
 
-std::vector<XQTextComponent> componentList(const XQAggregateTextStorage& aggregate)
-{
-    return aggregate.components();
-}
+std::vector<XQTextComponent> componentList(const XQAggregateTextStorage& aggregate) { return aggregate.components(); }
 
 } // namespace
 
@@ -179,10 +180,18 @@ TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
             const Range r = randomRangeIn(rng, Range{0, aggregate.length()}, 40);
             if (aggregate.rangeIsEditable(r, std::nullopt)) {
                 switch (rng.bounded(4)) {
-                case 0: aggregate.setAttributes(kItalic, r); break;
-                case 1: aggregate.addAttribute(XQKeepWithNextAttributeName, true, r); break;
-                case 2: aggregate.addAttribute(XQParagraphStyleIDAttributeName, QStringLiteral("Quote"), r); break;
-                case 3: aggregate.removeAttribute(FontAttributeName, r); break;
+                case 0:
+                    aggregate.setAttributes(kItalic, r);
+                    break;
+                case 1:
+                    aggregate.addAttribute(XQKeepWithNextAttributeName, true, r);
+                    break;
+                case 2:
+                    aggregate.addAttribute(XQParagraphStyleIDAttributeName, QStringLiteral("Quote"), r);
+                    break;
+                case 3:
+                    aggregate.removeAttribute(FontAttributeName, r);
+                    break;
                 }
             }
         } else if (op < 78) {
@@ -196,13 +205,21 @@ TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
             XQTextStorage& component = *storages[size_t(i)];
             const Range r = randomRangeIn(rng, Range{0, component.length()}, 6);
             switch (rng.bounded(5)) {
-            case 0: case 1: component.replaceCharacters(Range{r.location, 0}, randomSnippet(rng, 5)); break;
-            case 2: component.replaceCharacters(r, QString()); break;
-            case 3: component.setAttributes(kItalic, r); break;
+            case 0:
+            case 1:
+                component.replaceCharacters(Range{r.location, 0}, randomSnippet(rng, 5));
+                break;
+            case 2:
+                component.replaceCharacters(r, QString());
+                break;
+            case 3:
+                component.setAttributes(kItalic, r);
+                break;
             case 4:
                 component.beginEditing();
                 component.replaceCharacters(r, randomSnippet(rng, 3));
-                component.addAttribute(XQKeepWithNextAttributeName, true, Range{0, std::min<qsizetype>(2, component.length())});
+                component.addAttribute(XQKeepWithNextAttributeName, true,
+                                       Range{0, std::min<qsizetype>(2, component.length())});
                 component.endEditing();
                 break;
             }
@@ -243,7 +260,8 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
         qsizetype pos = 0, words = 0;
         for (size_t i = 0; i < storages.size(); ++i) {
             if (ranges[i].location != pos)
-                return ::testing::AssertionFailure() << "range " << i << " at " << ranges[i].location << ", not " << pos;
+                return ::testing::AssertionFailure()
+                    << "range " << i << " at " << ranges[i].location << ", not " << pos;
             auto matches = componentMatches(joined, ranges[i], *storages[i]);
             if (!matches)
                 return matches << " (component " << i << ")";
@@ -303,9 +321,16 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
             XQTextStorage& component = *storages[size_t(i)];
             const Range r = randomRangeIn(rng, Range{0, component.length()}, 6);
             switch (rng.bounded(4)) {
-            case 0: case 1: component.replaceCharacters(Range{r.location, 0}, randomSnippet(rng, 5)); break;
-            case 2: component.replaceCharacters(r, QString()); break;
-            case 3: component.addComment(AttributedString(QStringLiteral("c")), r); break;
+            case 0:
+            case 1:
+                component.replaceCharacters(Range{r.location, 0}, randomSnippet(rng, 5));
+                break;
+            case 2:
+                component.replaceCharacters(r, QString());
+                break;
+            case 3:
+                component.addComment(AttributedString(QStringLiteral("c")), r);
+                break;
             }
         }
         ASSERT_TRUE(consistent()) << "step " << step << " op " << op;

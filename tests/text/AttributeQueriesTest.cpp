@@ -19,10 +19,7 @@ QVariant styleWith(TextAlignment alignment)
     return QVariant::fromValue(style);
 }
 
-QVariant attachmentValue(const TextAttachment& attachment)
-{
-    return QVariant::fromValue(attachment);
-}
+QVariant attachmentValue(const TextAttachment& attachment) { return QVariant::fromValue(attachment); }
 
 // The text with an attachment attribute on the character at index.
 void attach(AttributedString& text, qsizetype index, const TextAttachment& attachment)
@@ -42,7 +39,7 @@ TEST(AttributeQueries, AttributesWithoutAttachments)
     const Attributes at2 = attributesWithoutAttachmentsAtIndex(text, 2, &effective);
     EXPECT_EQ(at2, (Attributes{{kMark, 1}}));
     EXPECT_EQ(effective, (Range{2, 1}));
-    EXPECT_TRUE(text.attributes(2).contains(AttachmentAttributeName));   // the text is left alone
+    EXPECT_TRUE(text.attributes(2).contains(AttachmentAttributeName)); // the text is left alone
 
     const std::optional<Attributes> guarded = attributesAtIndexWithoutAttachments(text, 2, &effective);
     ASSERT_TRUE(guarded);
@@ -63,7 +60,7 @@ TEST(AttributeQueries, ExistsFirstLastAndValues)
 
     EXPECT_TRUE(attributeExistsInRange(text, kMark, Range{0, 2}));
     EXPECT_FALSE(attributeExistsInRange(text, kMark, Range{3, 2}));
-    EXPECT_FALSE(attributeExistsInRange(text, kMark, Range{1, 0}));   // empty, though the mark is there
+    EXPECT_FALSE(attributeExistsInRange(text, kMark, Range{1, 0})); // empty, though the mark is there
     EXPECT_TRUE(attributeExistsInRange(text, kMark, Range{9 - 1, 100}));
     EXPECT_FALSE(attributeExistsInRange(text, kMark, Range{9, 100}));
 
@@ -188,12 +185,12 @@ TEST(AttributeQueries, RemovingAttachments)
     };
     EXPECT_EQ(fileAt(0), QStringLiteral("photo.png"));
     EXPECT_EQ(fileAt(1), QStringLiteral("scan.PDF"));
-    EXPECT_EQ(fileAt(2), QStringLiteral("gone.txt"));   // not a file on disk: kept
+    EXPECT_EQ(fileAt(2), QStringLiteral("gone.txt")); // not a file on disk: kept
     EXPECT_TRUE(imagesOnly.attribute(AttachmentAttributeName, 3).value<TextAttachment>().isNull());
     EXPECT_EQ(fileAt(4), QStringLiteral("shot.jpg"));
     EXPECT_FALSE(imagesOnly.attribute(AttachmentAttributeName, 5).isValid());
     EXPECT_EQ(imagesOnly.substring(Range{5, 3}), QStringLiteral("\uFFFCx!"));
-    EXPECT_EQ(text.length(), 10);   // the receiver is left alone
+    EXPECT_EQ(text.length(), 10); // the receiver is left alone
 
     EXPECT_TRUE(isImageFileExtension(QStringLiteral("PNG")));
     EXPECT_TRUE(isImageFileExtension(QStringLiteral("jpeg")));

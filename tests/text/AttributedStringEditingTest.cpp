@@ -171,8 +171,7 @@ TEST(AttributedStringEditing, SplittingKeepsEmptyPiecesButNoEmptyLastPiece)
     EXPECT_EQ(tags(pieces[1]), s(u"2"));
     EXPECT_TRUE(pieces[2].isEmpty());
     EXPECT_EQ(pieces[3].string(), s(u"d"));
-    EXPECT_EQ(rangesSeparatedByString(text, QStringLiteral(",")),
-              (QList<Range>{{0, 2}, {3, 1}, {5, 0}, {6, 1}}));
+    EXPECT_EQ(rangesSeparatedByString(text, QStringLiteral(",")), (QList<Range>{{0, 2}, {3, 1}, {5, 0}, {6, 1}}));
 
     EXPECT_TRUE(componentsSeparatedByString(AttributedString(), QStringLiteral(",")).isEmpty());
     EXPECT_EQ(rangesSeparatedByString(AttributedString(s(u",a")), QStringLiteral(",")), (QList<Range>{{0, 0}, {1, 1}}));
@@ -228,8 +227,7 @@ TEST(AttributedStringEditing, ReplacingAllFollowsTheRangeAndTheDirection)
     EXPECT_EQ(replaced(s(u"abab"), s(u"ab"), s(u"x"), BackwardsSearch, Range{1, 3}), (Result{s(u"abx"), 1}));
     // Anchored: consecutive matches from the range's start (or end, backwards).
     EXPECT_EQ(replaced(s(u"aaba"), a, s(u"c"), AnchoredSearch, Range{0, 4}), (Result{s(u"ccba"), 2}));
-    EXPECT_EQ(replaced(s(u"abaa"), a, s(u"c"), AnchoredSearch | BackwardsSearch, Range{0, 4}),
-              (Result{s(u"abcc"), 2}));
+    EXPECT_EQ(replaced(s(u"abaa"), a, s(u"c"), AnchoredSearch | BackwardsSearch, Range{0, 4}), (Result{s(u"abcc"), 2}));
     EXPECT_EQ(replaced(s(u"Cat cat CAT"), s(u"cat"), s(u"dog"), CaseInsensitiveSearch, Range{0, 11}),
               (Result{s(u"dog dog dog"), 3}));
     EXPECT_EQ(replaced(s(u"Cat cat CAT"), s(u"cat"), s(u"dog"), 0, Range{0, 11}), (Result{s(u"Cat dog CAT"), 1}));
@@ -413,9 +411,9 @@ TEST(AttributedStringEditing, WholeWordReplacementRetargetsLinksThatNameTheWord)
         EXPECT_EQ(linkAt(m, 4), QVariant(QUrl(s(u"Bob")))) << replacement.toStdString();
     }
     MutableAttributedString scheme(text);
-    EXPECT_EQ(replaceWholeWordOccurrencesOfString(scheme, s(u"http://bob.example"), s(u"bob"), 0,
-                                                  Range{0, text.length()}),
-              0);
+    EXPECT_EQ(
+        replaceWholeWordOccurrencesOfString(scheme, s(u"http://bob.example"), s(u"bob"), 0, Range{0, text.length()}),
+        0);
     EXPECT_EQ(linkAt(scheme, 16), QVariant(QUrl(s(u"http://bob.example"))));
 }
 

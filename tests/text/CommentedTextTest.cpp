@@ -2,8 +2,8 @@
 
 #include <QUrl>
 
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
 #include <qlyappkit/text/comments/XQCommentedTextStorageMethods.h>
@@ -15,13 +15,16 @@ namespace {
 // A text that keeps a comments list, as the framework's text storages do.
 class CommentedStorage : public MutableAttributedString, public XQCommentedTextStorageMethods {
 public:
-    explicit CommentedStorage(const QString& text) : MutableAttributedString(text) {}
+    explicit CommentedStorage(const QString& text) : MutableAttributedString(text) { }
 
     const std::vector<XQCommentPtr>& comments() const override { return m_comments; }
     XQCommentPtr addComment(const AttributedString& text, Range range) override { return add(text, range, false); }
-    XQCommentPtr addFootnoteComment(const AttributedString& text, Range range) override { return add(text, range, true); }
-    void setCommentText(const AttributedString&, Range) override {}
-    void removeCommentsAtRange(Range) override {}
+    XQCommentPtr addFootnoteComment(const AttributedString& text, Range range) override
+    {
+        return add(text, range, true);
+    }
+    void setCommentText(const AttributedString&, Range) override { }
+    void removeCommentsAtRange(Range) override { }
     Range rangeOfComment(const XQCommentPtr&) const override { return Range::notFound(); }
 
 private:
@@ -35,12 +38,9 @@ private:
     std::vector<XQCommentPtr> m_comments;
 };
 
-AttributedString plainText(const QString& text)
-{
-    return AttributedString(text);
-}
+AttributedString plainText(const QString& text) { return AttributedString(text); }
 
-const QString kSample = QStringLiteral("The cat sat on the mat");   // cat 4, sat 8, mat 19
+const QString kSample = QStringLiteral("The cat sat on the mat"); // cat 4, sat 8, mat 19
 
 } // namespace
 
@@ -70,16 +70,18 @@ TEST(CommentedText, SearchIncludesCommentTexts)
     // A text that keeps no comments list never searches comments.
     MutableAttributedString plain(storage.attributedString());
     EXPECT_EQ(rangeOfString(plain, QStringLiteral("feline"), 0, all, false, true), Range::notFound());
-    EXPECT_EQ(rangeOfString(storage.attributedString(), QStringLiteral("feline"), 0, all, false, true), Range::notFound());
+    EXPECT_EQ(rangeOfString(storage.attributedString(), QStringLiteral("feline"), 0, all, false, true),
+              Range::notFound());
     EXPECT_EQ(rangeOfString(storage.attributedString(), QStringLiteral("mat"), 0, all, true, true), (Range{19, 3}));
 }
 
 TEST(CommentedText, SearchTieGoesToTheAnchor)
 {
     CommentedStorage storage(kSample);
-    storage.addComment(plainText(QStringLiteral("cat")), Range{4, 7});   // "cat sat"
+    storage.addComment(plainText(QStringLiteral("cat")), Range{4, 7}); // "cat sat"
     EXPECT_EQ(rangeOfString(storage, QStringLiteral("cat"), 0, Range{0, storage.length()}, false, true), (Range{4, 7}));
-    EXPECT_EQ(rangeOfString(storage, QStringLiteral("cat"), 0, Range{0, storage.length()}, false, false), (Range{4, 3}));
+    EXPECT_EQ(rangeOfString(storage, QStringLiteral("cat"), 0, Range{0, storage.length()}, false, false),
+              (Range{4, 3}));
 }
 
 TEST(CommentedText, AllCommentsAsString)
@@ -121,11 +123,12 @@ TEST(CommentedText, SavingIDsAsLinksAndLoadingThemBack)
     EXPECT_EQ(saved.attribute(LinkAttributeName, 9).toString(), QStringLiteral("quillcmt://") + second->uniqueID());
     EXPECT_EQ(saved.attribute(LinkAttributeName, 15).toString(), QStringLiteral("quilllnk://Chapter-3"));
     EXPECT_EQ(saved.attribute(LinkAttributeName, 20).toUrl(), web);
-    EXPECT_FALSE(saved.attribute(LinkAttributeName, 25).isValid());   // no ID, no link
-    EXPECT_EQ(commentFromVariant(saved.attribute(XQCommentAttributeName, 0)), first);   // the comment stays
-    EXPECT_FALSE(text.attribute(LinkAttributeName, 0).isValid());   // the receiver is left alone
+    EXPECT_FALSE(saved.attribute(LinkAttributeName, 25).isValid()); // no ID, no link
+    EXPECT_EQ(commentFromVariant(saved.attribute(XQCommentAttributeName, 0)), first); // the comment stays
+    EXPECT_FALSE(text.attribute(LinkAttributeName, 0).isValid()); // the receiver is left alone
 
-    const AttributedString withoutComments = attributedStringBySavingCommentAndQuilleryLinkIDsAsLinkAttributes(text, false);
+    const AttributedString withoutComments =
+        attributedStringBySavingCommentAndQuilleryLinkIDsAsLinkAttributes(text, false);
     EXPECT_FALSE(withoutComments.attribute(LinkAttributeName, 0).isValid());
     EXPECT_EQ(withoutComments.attribute(LinkAttributeName, 15).toString(), QStringLiteral("quilllnk://Chapter-3"));
 

@@ -13,14 +13,22 @@ int romanValue(const QString& numeral)
 {
     auto digit = [](QChar c) {
         switch (c.toLower().unicode()) {
-        case u'i': return 1;
-        case u'v': return 5;
-        case u'x': return 10;
-        case u'l': return 50;
-        case u'c': return 100;
-        case u'd': return 500;
-        case u'm': return 1000;
-        default: return -100000;
+        case u'i':
+            return 1;
+        case u'v':
+            return 5;
+        case u'x':
+            return 10;
+        case u'l':
+            return 50;
+        case u'c':
+            return 100;
+        case u'd':
+            return 500;
+        case u'm':
+            return 1000;
+        default:
+            return -100000;
         }
     };
     int total = 0;

@@ -106,23 +106,23 @@ TEST(InlineNotes, DefaultOptionsGiveSuperscriptReducedMarksAndARuleBeforeTheNote
     EXPECT_EQ(out.attribute(SuperscriptAttributeName, 21).toInt(), 1);
     EXPECT_EQ(fontAt(out, 21)->pointSize(), 10.0);
     EXPECT_FALSE(fontAt(out, 21)->isBold());
-    EXPECT_TRUE(fontAt(out, 23)->isBold());   // the note keeps its own font
+    EXPECT_TRUE(fontAt(out, 23)->isBold()); // the note keeps its own font
     EXPECT_EQ(styleAt(out, 20), ParagraphStyle::defaultParagraphStyle());
     EXPECT_FALSE(out.attribute(XQFootnoteAttributeName, 23).isValid());
 }
 
 TEST(InlineNotes, MarkFontFallsBackToTheUserFont)
 {
-    const AttributedString text = build({{QStringLiteral("x"), withFont(QStringLiteral("No Such Family"), 30)},
-                                         {QStringLiteral("n"), footnote()}});
+    const AttributedString text = build(
+        {{QStringLiteral("x"), withFont(QStringLiteral("No Such Family"), 30)}, {QStringLiteral("n"), footnote()}});
     const AttributedString out = inlineAll(text);
     EXPECT_EQ(*fontAt(out, 1), Font::userFont(8));
 }
 
 TEST(InlineNotes, MarkerStylesAndPeriodLabels)
 {
-    const Attributes noteStyle = withFont(QStringLiteral("Times"), 10, ItalicFontMask,
-                                          {{ForegroundColorAttributeName, colourValue(1, 0, 0)}});
+    const Attributes noteStyle =
+        withFont(QStringLiteral("Times"), 10, ItalicFontMask, {{ForegroundColorAttributeName, colourValue(1, 0, 0)}});
     const AttributedString text = build({{QStringLiteral("Word"), withFont(QStringLiteral("Helvetica"), 12)},
                                          {QStringLiteral("Note"), footnote(noteStyle)},
                                          {QStringLiteral("."), withFont(QStringLiteral("Helvetica"), 12)}});
@@ -137,7 +137,7 @@ TEST(InlineNotes, MarkerStylesAndPeriodLabels)
     EXPECT_EQ(runTexts(out, XQInlineFootnoteLabelAttributeName), QStringList{"[1]"});
     EXPECT_FALSE(fontAt(out, 12)->isItalic());
     EXPECT_EQ(fontAt(out, 12)->pointSize(), 10.0);
-    EXPECT_TRUE(colourAt(out, ForegroundColorAttributeName, 16).has_value());   // the note's own colour
+    EXPECT_TRUE(colourAt(out, ForegroundColorAttributeName, 16).has_value()); // the note's own colour
 
     // Bit 4 alone: bracketed, reduced, not superscript.
     out = inlineAll(text, {{XQInlineFootnotesMarkerStyle, ReducedFootnoteMarkers}});
@@ -205,8 +205,10 @@ TEST(InlineNotes, SeparatorTypes)
               QStringLiteral("a\u20601\n\n----------\n1 b"));
     EXPECT_EQ(inlineAll(text, {{XQInlineFootnotesSeparatorType, 7}}).string(), QStringLiteral("a\u20601\n\n\n1 b"));
     // A note whose text is blank gets its label only; a note starting with a space gets no second one.
-    const AttributedString blank = build({{QStringLiteral("a"), {}}, {QStringLiteral(" "), footnote()},
-                                          {QStringLiteral("c"), {}}, {QStringLiteral(" spaced"), footnote()}});
+    const AttributedString blank = build({{QStringLiteral("a"), {}},
+                                          {QStringLiteral(" "), footnote()},
+                                          {QStringLiteral("c"), {}},
+                                          {QStringLiteral(" spaced"), footnote()}});
     EXPECT_EQ(inlineAll(blank, {{XQInlineFootnotesSeparatorType, 0}}).string(),
               QStringLiteral("a\u20601c\u20602\n\n1\n2 spaced"));
     // No notes, no separator.
@@ -235,7 +237,8 @@ TEST(InlineNotes, NoteParagraphsFollowTheTextsMostUsedStyle)
     own.setParagraphSpacing(40);
 
     const AttributedString text =
-        build({{QStringLiteral("A long paragraph of body text.\n"), {{ParagraphStyleAttributeName, QVariant::fromValue(body)}}},
+        build({{QStringLiteral("A long paragraph of body text.\n"),
+                {{ParagraphStyleAttributeName, QVariant::fromValue(body)}}},
                {QStringLiteral("Short.\n"), {{ParagraphStyleAttributeName, QVariant::fromValue(rare)}}},
                {QStringLiteral("Note"), footnote({{ParagraphStyleAttributeName, QVariant::fromValue(own)}})}});
 
@@ -255,26 +258,28 @@ TEST(InlineNotes, NoteParagraphsFollowTheTextsMostUsedStyle)
             EXPECT_EQ(s.lineHeightMultiple(), 1.5);
             EXPECT_EQ(s.minimumLineHeight(), 11.0);
             EXPECT_EQ(s.maximumLineHeight(), 30.0);
-            EXPECT_EQ(s.tabStops(), own.tabStops());   // the rest is the note's own
+            EXPECT_EQ(s.tabStops(), own.tabStops()); // the rest is the note's own
         }
     }
 }
 
 TEST(InlineNotes, AnnotationsAreWrittenBetweenMarkersInTheirColour)
 {
-    const AttributedString text = build({{QStringLiteral("See "), withFont(QStringLiteral("Helvetica"), 12)},
-                                         {QStringLiteral("this remark"), annotation(0, 0.5, 0, withFont(QStringLiteral("Times"), 9))},
-                                         {QStringLiteral(" now."), withFont(QStringLiteral("Helvetica"), 12)}});
+    const AttributedString text =
+        build({{QStringLiteral("See "), withFont(QStringLiteral("Helvetica"), 12)},
+               {QStringLiteral("this remark"), annotation(0, 0.5, 0, withFont(QStringLiteral("Times"), 9))},
+               {QStringLiteral(" now."), withFont(QStringLiteral("Helvetica"), 12)}});
     AttributedString out = inlineAll(text);
     ASSERT_EQ(out.string(), "See [this remark] now.");
     EXPECT_EQ(coverage(out, ForegroundColorAttributeName), "----#############-----");
     EXPECT_EQ(*colourAt(out, ForegroundColorAttributeName, 4), Color(0, 0.5, 0));
     EXPECT_FALSE(coverage(out, XQAnnotationAttributeName).contains(u'#'));
-    EXPECT_EQ(fontAt(out, 4)->familyName(), "Times");    // the opening marker: the annotation's attributes
+    EXPECT_EQ(fontAt(out, 4)->familyName(), "Times"); // the opening marker: the annotation's attributes
     EXPECT_EQ(fontAt(out, 16)->familyName(), "Times");
 
-    out = inlineAll(text, {{XQInlineAnnotationOpeningMarker, QStringLiteral("<<")},
-                           {XQInlineAnnotationClosingMarker, QStringLiteral(">>")}});
+    out = inlineAll(text,
+                    {{XQInlineAnnotationOpeningMarker, QStringLiteral("<<")},
+                     {XQInlineAnnotationClosingMarker, QStringLiteral(">>")}});
     EXPECT_EQ(out.string(), "See <<this remark>> now.");
     out = inlineAll(text, {{XQInlineAnnotationOpeningMarker, QString()}, {XQInlineAnnotationClosingMarker, QString()}});
     EXPECT_EQ(out.string(), "See this remark now.");
@@ -286,17 +291,18 @@ TEST(InlineNotes, AnnotationsAreWrittenBetweenMarkersInTheirColour)
     EXPECT_EQ(out, text);
 
     // A footnote inside an inline annotation is part of the annotation, not a note of its own.
-    const AttributedString both = build({{QStringLiteral("a"), annotation(1, 0, 0)},
-                                         {QStringLiteral("b"), annotation(1, 0, 0, footnote())}});
+    const AttributedString both =
+        build({{QStringLiteral("a"), annotation(1, 0, 0)}, {QStringLiteral("b"), annotation(1, 0, 0, footnote())}});
     EXPECT_EQ(inlineAll(both).string(), "[ab]");
 }
 
 TEST(InlineNotes, InlineCommentsBecomeDarkerAnnotationsAndTheirAnchorsAreHighlighted)
 {
     const XQCommentPtr c = comment(QStringLiteral("check"), false, Color(1, 1, 0));
-    const AttributedString text = build({{QStringLiteral("word"), withComment(c)},
-                                         {QStringLiteral(" check"), {{XQLinkedCommentAttributeName, colourValue(1, 1, 0)}}},
-                                         {QStringLiteral("."), {}}});
+    const AttributedString text =
+        build({{QStringLiteral("word"), withComment(c)},
+               {QStringLiteral(" check"), {{XQLinkedCommentAttributeName, colourValue(1, 1, 0)}}},
+               {QStringLiteral("."), {}}});
     AttributedString out = inlineAll(text);
     ASSERT_EQ(out.string(), "word[ check].");
     const Color ink = *colourAt(out, ForegroundColorAttributeName, 5);
@@ -312,17 +318,20 @@ TEST(InlineNotes, InlineCommentsBecomeDarkerAnnotationsAndTheirAnchorsAreHighlig
 
 TEST(InlineNotes, FootnotesNotInlineAreDeletedOrKept)
 {
-    const AttributedString text = build({{QStringLiteral("a"), {}}, {QStringLiteral("note"), footnote()},
-                                         {QStringLiteral("b"), {}}});
+    const AttributedString text =
+        build({{QStringLiteral("a"), {}}, {QStringLiteral("note"), footnote()}, {QStringLiteral("b"), {}}});
     EXPECT_EQ(attributedStringWithAnnotationsInline(text, true, false, true, QVariantMap()).string(), "ab");
     EXPECT_EQ(attributedStringWithAnnotationsInline(text, true, false, false, QVariantMap()), text);
 }
 
 TEST(InlineNotes, TaggedFootnotesAreResolvedBeforeNumbering)
 {
-    const AttributedString text = build({{QStringLiteral("Claim"), {}}, {QStringLiteral("[s]"), footnote()},
-                                         {QStringLiteral(" again"), {}}, {QStringLiteral("[s]"), footnote()},
-                                         {QStringLiteral(" "), {}}, {QStringLiteral("[s] The source."), footnote()}});
+    const AttributedString text = build({{QStringLiteral("Claim"), {}},
+                                         {QStringLiteral("[s]"), footnote()},
+                                         {QStringLiteral(" again"), {}},
+                                         {QStringLiteral("[s]"), footnote()},
+                                         {QStringLiteral(" "), {}},
+                                         {QStringLiteral("[s] The source."), footnote()}});
     const AttributedString out = inlineAll(text, {{XQInlineFootnotesSeparatorType, 0}});
     EXPECT_EQ(out.string(), QStringLiteral("Claim\u20601 again\u20602\n\n1 The source.\n2 The source."));
 }
@@ -334,10 +343,14 @@ TEST(InlineNotes, GroupsRestartNumbering)
         return attributedStringWithAnnotationsInline(text, true, true, false, lineFeed, group);
     };
     // Three sections, each with its own notes.
-    const AttributedString sections = build({{QStringLiteral("One"), {}}, {QStringLiteral("a"), footnote()},
-                                             {QStringLiteral("\n\fTwo"), {}}, {QStringLiteral("b"), footnote()},
-                                             {QStringLiteral(" "), {}}, {QStringLiteral("c"), footnote()},
-                                             {QStringLiteral("\n\fThree"), {}}, {QStringLiteral("d"), footnote()}});
+    const AttributedString sections = build({{QStringLiteral("One"), {}},
+                                             {QStringLiteral("a"), footnote()},
+                                             {QStringLiteral("\n\fTwo"), {}},
+                                             {QStringLiteral("b"), footnote()},
+                                             {QStringLiteral(" "), {}},
+                                             {QStringLiteral("c"), footnote()},
+                                             {QStringLiteral("\n\fThree"), {}},
+                                             {QStringLiteral("d"), footnote()}});
     AttributedString out = convert(sections, FootnoteGroupPerSection);
     EXPECT_EQ(out.string(), QStringLiteral("One[1]\n\n[1] a\n\fTwo[1] [2]\n\n[1] b\n[2] c\n\fThree[1]\n\n[1] d"));
     EXPECT_EQ(runNumbers(out, XQInlineFootnoteMarkerAttributeName), (QList<int>{1, 1, 2, 1}));
@@ -349,21 +362,27 @@ TEST(InlineNotes, GroupsRestartNumbering)
     // Group type 0, or no page break at all: one group.
     const QString single = QStringLiteral("One[1]\n\fTwo[2] [3]\n\fThree[4]\n\n[1] a\n[2] b\n[3] c\n[4] d");
     EXPECT_EQ(convert(sections, SingleFootnoteGroup).string(), single);
-    const AttributedString unbroken = build({{QStringLiteral("x"), {}}, {QStringLiteral("a"), footnote()},
-                                             {QStringLiteral(" y"), {}}, {QStringLiteral("b"), footnote()}});
+    const AttributedString unbroken = build({{QStringLiteral("x"), {}},
+                                             {QStringLiteral("a"), footnote()},
+                                             {QStringLiteral(" y"), {}},
+                                             {QStringLiteral("b"), footnote()}});
     EXPECT_EQ(convert(unbroken, FootnoteGroupPerSection).string(), QStringLiteral("x[1] y[2]\n\n[1] a\n[2] b"));
-    EXPECT_EQ(convert(unbroken, FootnoteGroupsAroundLastPageBreak).string(), QStringLiteral("x[1] y[2]\n\n[1] a\n[2] b"));
+    EXPECT_EQ(convert(unbroken, FootnoteGroupsAroundLastPageBreak).string(),
+              QStringLiteral("x[1] y[2]\n\n[1] a\n[2] b"));
 }
 
 TEST(InlineNotes, EndnotesMarkerSplitsTheNotesUnlessEscaped)
 {
     const QVariantMap lineFeed{{XQInlineFootnotesSeparatorType, 0}, {XQInlineFootnotesMarkerStyle, 0}};
     auto convert = [&](const QString& between) {
-        const AttributedString text = build({{QStringLiteral("Text"), {}}, {QStringLiteral("a"), footnote()},
+        const AttributedString text = build({{QStringLiteral("Text"), {}},
+                                             {QStringLiteral("a"), footnote()},
                                              {between, {}},
-                                             {QStringLiteral("More"), {}}, {QStringLiteral("b"), footnote()}});
+                                             {QStringLiteral("More"), {}},
+                                             {QStringLiteral("b"), footnote()}});
         return attributedStringWithAnnotationsInline(text, true, true, false, lineFeed,
-                                                     FootnoteGroupsAroundEndnotesMarker).string();
+                                                     FootnoteGroupsAroundEndnotesMarker)
+            .string();
     };
     // The marker and the line feed before it go; the first group's notes stand where the marker was.
     EXPECT_EQ(convert(QStringLiteral("\n<$--ENDNOTES-->\n")), QStringLiteral("Text[1]\n\n[1] a\nMore[1]\n\n[1] b"));
@@ -373,15 +392,16 @@ TEST(InlineNotes, EndnotesMarkerSplitsTheNotesUnlessEscaped)
     // Escaped, it is plain text and the notes stay in one group; two backslashes escape each other.
     EXPECT_EQ(convert(QStringLiteral("\n\\<$--ENDNOTES-->\n")),
               QStringLiteral("Text[1]\n\\<$--ENDNOTES-->\nMore[2]\n\n[1] a\n[2] b"));
-    EXPECT_EQ(convert(QStringLiteral("\\\\<$--ENDNOTES-->")),
-              QStringLiteral("Text[1]\\\\\n\n[1] aMore[1]\n\n[1] b"));
+    EXPECT_EQ(convert(QStringLiteral("\\\\<$--ENDNOTES-->")), QStringLiteral("Text[1]\\\\\n\n[1] aMore[1]\n\n[1] b"));
 
     // Without footnotes or linked comments the group type is ignored: the marker stays.
-    const AttributedString plain = build({{QStringLiteral("Text "), {}}, {QStringLiteral("ann"), annotation(1, 0, 0)},
+    const AttributedString plain = build({{QStringLiteral("Text "), {}},
+                                          {QStringLiteral("ann"), annotation(1, 0, 0)},
                                           {QStringLiteral("\n<$--ENDNOTES-->"), {}}});
-    EXPECT_EQ(attributedStringWithAnnotationsInline(plain, true, true, false, lineFeed,
-                                                    FootnoteGroupsAroundEndnotesMarker).string(),
-              "Text [ann]\n<$--ENDNOTES-->");
+    EXPECT_EQ(
+        attributedStringWithAnnotationsInline(plain, true, true, false, lineFeed, FootnoteGroupsAroundEndnotesMarker)
+            .string(),
+        "Text [ann]\n<$--ENDNOTES-->");
 }
 
 TEST(InlineNotes, RuleAttachmentKeepsItsShapeForOddSizes)

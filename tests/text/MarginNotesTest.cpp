@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <qlyappkit/platform/services/NotificationCenter.h>
-#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/platform/text/TextStorage.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/text/notes/MarginNotes.h>
 
 #include "NoteTestSupport.h"
@@ -45,8 +45,10 @@ TEST(MarginNotes, CommentsBecomeAnnotationsAfterTheirAnchors)
     const XQCommentPtr yellow = comment(QStringLiteral("Check this"), false, Color(1, 1, 0));
     const XQCommentPtr colourless = comment(QStringLiteral("Plain"), false, std::nullopt);
     const XQCommentPtr foot = comment(QStringLiteral("Footnote"), true);
-    TextStorage text(build({{QStringLiteral("The "), {}}, {QStringLiteral("word"), linked(yellow)},
-                            {QStringLiteral(" and "), {}}, {QStringLiteral("fact"), linked(foot)},
+    TextStorage text(build({{QStringLiteral("The "), {}},
+                            {QStringLiteral("word"), linked(yellow)},
+                            {QStringLiteral(" and "), {}},
+                            {QStringLiteral("fact"), linked(foot)},
                             {QStringLiteral(" end"), linked(colourless)}}));
     BatchCounter counter(text);
     convertMarginCommentsToInlineAnnotations(text);
@@ -66,8 +68,8 @@ TEST(MarginNotes, OnlyAnchorsInsideTheRangeAreConverted)
 {
     const XQCommentPtr a = comment(QStringLiteral("A"));
     const XQCommentPtr b = comment(QStringLiteral("B"));
-    MutableAttributedString text(build({{QStringLiteral("one"), linked(a)}, {QStringLiteral(" "), {}},
-                                        {QStringLiteral("two"), linked(b)}}));
+    MutableAttributedString text(
+        build({{QStringLiteral("one"), linked(a)}, {QStringLiteral(" "), {}}, {QStringLiteral("two"), linked(b)}}));
     convertMarginCommentsToInlineAnnotationsInRange(text, Range{4, 3});
     EXPECT_EQ(text.string(), "one two B");
     EXPECT_EQ(commentAt(text, 0), a);
@@ -75,10 +77,14 @@ TEST(MarginNotes, OnlyAnchorsInsideTheRangeAreConverted)
 
 TEST(MarginNotes, AnnotationsBecomeCommentsOnTheNextFreeWord)
 {
-    TextStorage text(build({{QStringLiteral("The quick"), {}},
-                            {QStringLiteral(" fast "), annotation(0.2, 0.4, 0.6, {{ParagraphStyleAttributeName,
-                                QVariant::fromValue([] { ParagraphStyle s; s.setHeadIndent(40); return s; }())}})},
-                            {QStringLiteral("brown fox"), {}}}));
+    TextStorage text(build(
+        {{QStringLiteral("The quick"), {}},
+         {QStringLiteral(" fast "), annotation(0.2, 0.4, 0.6, {{ParagraphStyleAttributeName, QVariant::fromValue([] {
+                                                                    ParagraphStyle s;
+                                                                    s.setHeadIndent(40);
+                                                                    return s;
+                                                                }())}})},
+         {QStringLiteral("brown fox"), {}}}));
     BatchCounter counter(text);
     convertInlineAnnotationsToMarginComments(text);
     EXPECT_EQ(counter.batches, 1);
@@ -101,8 +107,10 @@ TEST(MarginNotes, AnnotationsBecomeCommentsOnTheNextFreeWord)
 TEST(MarginNotes, AnchorWordsSkipSpacesAndNotedWordsAndFallBackToAPlaceholder)
 {
     const XQCommentPtr taken = comment(QStringLiteral("earlier"));
-    const AttributedString text = build({{QStringLiteral("Hello, "), {}}, {QStringLiteral("world"), withComment(taken)},
-                                         {QStringLiteral(" and "), {}}, {QStringLiteral("more"), footnote()},
+    const AttributedString text = build({{QStringLiteral("Hello, "), {}},
+                                         {QStringLiteral("world"), withComment(taken)},
+                                         {QStringLiteral(" and "), {}},
+                                         {QStringLiteral("more"), footnote()},
                                          {QStringLiteral(" words. "), {}}});
     EXPECT_EQ(attributeRangeForCommentToBePlacedAtIndex(text, 0), (Range{0, 5}));
     EXPECT_EQ(attributeRangeForCommentToBePlacedAtIndex(text, 2), (Range{0, 5}));
@@ -114,7 +122,8 @@ TEST(MarginNotes, AnchorWordsSkipSpacesAndNotedWordsAndFallBackToAPlaceholder)
     EXPECT_TRUE(attributeRangeForCommentToBePlacedAtIndex(text, 27).isNotFound());
     EXPECT_TRUE(attributeRangeForCommentToBePlacedAtIndex(text, text.length()).isNotFound());
 
-    MutableAttributedString atEnd(build({{QStringLiteral("Last words."), {}}, {QStringLiteral(" note"), annotation(1, 0, 0)}}));
+    MutableAttributedString atEnd(
+        build({{QStringLiteral("Last words."), {}}, {QStringLiteral(" note"), annotation(1, 0, 0)}}));
     convertInlineAnnotationsToMarginComments(atEnd);
     ASSERT_EQ(atEnd.string(), "Last words.(Linked Comment)");
     EXPECT_EQ(coverage(atEnd.attributedString(), XQCommentAttributeName), QString(11, u'-') + QString(16, u'#'));
@@ -124,8 +133,10 @@ TEST(MarginNotes, AnchorWordsSkipSpacesAndNotedWordsAndFallBackToAPlaceholder)
 
 TEST(MarginNotes, SeveralAnnotationsInOneTextEachFindTheirWord)
 {
-    MutableAttributedString text(build({{QStringLiteral("Alpha"), {}}, {QStringLiteral(" one"), annotation(1, 0, 0)},
-                                        {QStringLiteral(" beta"), {}}, {QStringLiteral(" two"), annotation(0, 0, 1)},
+    MutableAttributedString text(build({{QStringLiteral("Alpha"), {}},
+                                        {QStringLiteral(" one"), annotation(1, 0, 0)},
+                                        {QStringLiteral(" beta"), {}},
+                                        {QStringLiteral(" two"), annotation(0, 0, 1)},
                                         {QStringLiteral(" gamma"), {}}}));
     convertInlineAnnotationsToMarginComments(text);
     ASSERT_EQ(text.string(), "Alpha beta gamma");
@@ -137,8 +148,8 @@ TEST(MarginNotes, SeveralAnnotationsInOneTextEachFindTheirWord)
 TEST(MarginNotes, CommentsSurviveARoundTripThroughAnnotations)
 {
     const XQCommentPtr c = comment(QStringLiteral("Remember the dog"), false, Color(0.8, 0.6, 0.4));
-    MutableAttributedString text(build({{QStringLiteral("The "), {}}, {QStringLiteral("house"), linked(c)},
-                                        {QStringLiteral(" stood empty."), {}}}));
+    MutableAttributedString text(build(
+        {{QStringLiteral("The "), {}}, {QStringLiteral("house"), linked(c)}, {QStringLiteral(" stood empty."), {}}}));
     convertMarginCommentsToInlineAnnotations(text);
     EXPECT_EQ(text.string(), "The house Remember the dog stood empty.");
     convertInlineAnnotationsToMarginComments(text);
@@ -157,9 +168,12 @@ TEST(MarginNotes, FootnotesMoveBetweenMarkerAnchorsAndInlineText)
     const XQCommentPtr onMarker = comment(QStringLiteral("By marker"), true);
     const XQCommentPtr onWord = comment(QStringLiteral("By word"), true);
     const XQCommentPtr remark = comment(QStringLiteral("Not a footnote"), false);
-    TextStorage text(build({{QStringLiteral("Fact"), {}}, {QStringLiteral("*"), linked(onMarker)},
-                            {QStringLiteral(" and "), {}}, {QStringLiteral("claim"), linked(onWord)},
-                            {QStringLiteral(" "), {}}, {QStringLiteral("aside"), linked(remark)}}));
+    TextStorage text(build({{QStringLiteral("Fact"), {}},
+                            {QStringLiteral("*"), linked(onMarker)},
+                            {QStringLiteral(" and "), {}},
+                            {QStringLiteral("claim"), linked(onWord)},
+                            {QStringLiteral(" "), {}},
+                            {QStringLiteral("aside"), linked(remark)}}));
     BatchCounter counter(text);
     convertMarginFootnotesToInlineFootnotesWithMarker(text, QStringLiteral("*"));
     EXPECT_EQ(counter.batches, 1);
@@ -181,8 +195,8 @@ TEST(MarginNotes, FootnotesMoveBetweenMarkerAnchorsAndInlineText)
     EXPECT_FALSE(coverage(text.attributedString(), XQFootnoteAttributeName).contains(u'#'));
 
     // Without a marker the footnote is anchored on a word.
-    MutableAttributedString plain(build({{QStringLiteral("Word"), {}}, {QStringLiteral(" note"), footnote()},
-                                         {QStringLiteral(" next"), {}}}));
+    MutableAttributedString plain(
+        build({{QStringLiteral("Word"), {}}, {QStringLiteral(" note"), footnote()}, {QStringLiteral(" next"), {}}}));
     convertInlineFootnotesToMarginFootnotesInRange(plain, Range{0, plain.length()}, QString());
     ASSERT_EQ(plain.string(), "Word next");
     EXPECT_EQ(coverage(plain.attributedString(), XQCommentAttributeName), "-----####");

@@ -115,9 +115,10 @@ TEST(NoteKindConversions, TablesAreTakenOutOfNotesOnly)
     cell.setTextBlocks({TextBlock{std::make_shared<TextTable>(TextTable{2}), 0, 1, 0, 1}});
     cell.setHeadIndent(7);
     const QVariant cellStyle = QVariant::fromValue(cell);
-    const AttributedString text = build({{QStringLiteral("body"), {{ParagraphStyleAttributeName, cellStyle}}},
-                                         {QStringLiteral("note"), footnote({{ParagraphStyleAttributeName, cellStyle}})},
-                                         {QStringLiteral("ann"), annotation(1, 0, 0, {{ParagraphStyleAttributeName, cellStyle}})}});
+    const AttributedString text =
+        build({{QStringLiteral("body"), {{ParagraphStyleAttributeName, cellStyle}}},
+               {QStringLiteral("note"), footnote({{ParagraphStyleAttributeName, cellStyle}})},
+               {QStringLiteral("ann"), annotation(1, 0, 0, {{ParagraphStyleAttributeName, cellStyle}})}});
     const AttributedString out = attributedStringByRemovingTextBlocksFromNotes(text);
     auto styleAt = [&](qsizetype i) { return out.attribute(ParagraphStyleAttributeName, i).value<ParagraphStyle>(); };
     EXPECT_EQ(styleAt(0).textBlocks().size(), 1);
@@ -173,7 +174,7 @@ TEST(NoteStripping, FootnotesAndWhitespaceOnly)
                                                           {QStringLiteral("note"), footnote()},
                                                           {QStringLiteral("\u00a0\u2029 "), {}},
                                                           {QStringLiteral("two"), footnote()}})));
-    EXPECT_FALSE(containsFootnotesAndWhitespaceOnly(build({{QStringLiteral("note"), footnote()},
-                                                           {QStringLiteral(" ."), {}}})));
+    EXPECT_FALSE(
+        containsFootnotesAndWhitespaceOnly(build({{QStringLiteral("note"), footnote()}, {QStringLiteral(" ."), {}}})));
     EXPECT_FALSE(containsFootnotesAndWhitespaceOnly(build({{QStringLiteral("ann"), annotation(1, 0, 0)}})));
 }

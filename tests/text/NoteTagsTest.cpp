@@ -16,7 +16,10 @@ namespace {
 const QString Open1 = QStringLiteral("{\\Qlry_annot \\color={\\R=1.000000\\G=0.000000\\B=0.000000} \\text=");
 const QString Close = QStringLiteral("\\end_Qlry_annot}");
 
-AttributedString read(const QString& tagged) { return attributedStringByConvertingTagsToAttributes(AttributedString(tagged)); }
+AttributedString read(const QString& tagged)
+{
+    return attributedStringByConvertingTagsToAttributes(AttributedString(tagged));
+}
 
 // The note attributes a round trip must keep, compared character by character.
 void expectSameNotes(const AttributedString& expected, const AttributedString& actual)
@@ -31,8 +34,10 @@ void expectSameNotes(const AttributedString& expected, const AttributedString& a
             EXPECT_NEAR(a->greenComponent(), b->greenComponent(), 1e-6) << i;
             EXPECT_NEAR(a->blueComponent(), b->blueComponent(), 1e-6) << i;
         }
-        for (const QString& name : {XQFootnoteAttributeName, XQPreserveFormattingAttributeName, XQKeepWithNextAttributeName})
-            ASSERT_EQ(expected.attribute(name, i).toBool(), actual.attribute(name, i).toBool()) << name.toStdString() << " at " << i;
+        for (const QString& name :
+             {XQFootnoteAttributeName, XQPreserveFormattingAttributeName, XQKeepWithNextAttributeName})
+            ASSERT_EQ(expected.attribute(name, i).toBool(), actual.attribute(name, i).toBool())
+                << name.toStdString() << " at " << i;
     }
 }
 
@@ -58,7 +63,9 @@ TEST(NoteTags, WritesMixedCaseMarkersAroundEachKindOfNote)
     // The opening marker takes the attributes of the note's first character (so it lies in the
     // annotation); the closing marker those of the character after the note.
     EXPECT_TRUE(tagged.attribute(XQAnnotationAttributeName, open).isValid());
-    EXPECT_FALSE(tagged.attribute(XQAnnotationAttributeName, tagged.string().indexOf(QStringLiteral("\\end_Qlry_annot"))).isValid());
+    EXPECT_FALSE(
+        tagged.attribute(XQAnnotationAttributeName, tagged.string().indexOf(QStringLiteral("\\end_Qlry_annot")))
+            .isValid());
 
     const AttributedString blocks = attributedStringByConvertingAttributesToTags(
         build({{QStringLiteral("Keep "), {}}, {QStringLiteral("this"), {{XQPreserveFormattingAttributeName, true}}}}));
@@ -74,8 +81,8 @@ TEST(NoteTags, AnnotationValuesThatAreNotColoursAreNotTagged)
     EXPECT_TRUE(huge.startsWith(QStringLiteral("{\\Qlry_annot \\color={\\R=10000000000000000")));
     EXPECT_TRUE(huge.endsWith(QStringLiteral(".000000\\G=-0.500000\\B=0.000000} \\text=")));
 
-    const AttributedString text = build({{QStringLiteral("a"), {}},
-                                         {QStringLiteral("b"), {{XQAnnotationAttributeName, QStringLiteral("red")}}}});
+    const AttributedString text =
+        build({{QStringLiteral("a"), {}}, {QStringLiteral("b"), {{XQAnnotationAttributeName, QStringLiteral("red")}}}});
     EXPECT_EQ(attributedStringByConvertingAttributesToTags(text).string(), "ab");
 }
 
@@ -88,7 +95,9 @@ TEST(NoteTags, MarkersDropAttachmentsOfTheCharacterTheyCopy)
     const AttributedString tagged = attributedStringByConvertingAttributesToTags(text);
     ASSERT_EQ(tagged.string(), "{\\Qlry_fn=" + QString(QChar(AttachmentCharacter)) + "\\end_Qlry_fn}");
     for (qsizetype i = 0; i < tagged.length(); ++i)
-        EXPECT_EQ(tagged.attribute(AttachmentAttributeName, i).isValid(), tagged.characterAt(i) == QChar(AttachmentCharacter)) << i;
+        EXPECT_EQ(tagged.attribute(AttachmentAttributeName, i).isValid(),
+                  tagged.characterAt(i) == QChar(AttachmentCharacter))
+            << i;
 }
 
 TEST(NoteTags, KeepWithNextMarkersGoAtParagraphStartsOnly)
@@ -107,9 +116,9 @@ TEST(NoteTags, KeepWithNextMarkersGoAtParagraphStartsOnly)
 
 TEST(NoteTags, ReadsEachKindBackAndIgnoresLetterCase)
 {
-    const AttributedString text = read(
-        "A" + Open1 + "red note" + Close + " {\\qlry_fn=foot\\END_qlry_FN} {\\QLRY_PS=kept\\End_Qlry_Ps}\n"
-        "<$QlyKeepWithNext>Next para\n<$qlykeepwithnext>lower");
+    const AttributedString text = read("A" + Open1 + "red note" + Close
+                                       + " {\\qlry_fn=foot\\END_qlry_FN} {\\QLRY_PS=kept\\End_Qlry_Ps}\n"
+                                         "<$QlyKeepWithNext>Next para\n<$qlykeepwithnext>lower");
     ASSERT_EQ(text.string(), "Ared note foot kept\nNext para\n<$qlykeepwithnext>lower");
     EXPECT_EQ(coverage(text, XQAnnotationAttributeName), "-########" + QString(text.length() - 9, u'-'));
     EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 1), Color(1, 0, 0, 1));
@@ -149,15 +158,15 @@ TEST(NoteTags, MalformedTagsStayAsText)
     EXPECT_EQ(coverage(text, XQAnnotationAttributeName), QString(broken.size() + 6, u'-') + "##");
 
     // Missing green part, unclosed tags: all text stays, nothing is marked.
-    for (const QString& tagged : {QStringLiteral("{\\Qlry_annot \\color={\\R=1\\B=0} \\text=x\\end_Qlry_annot}"),
-                                  QStringLiteral("a {\\Qlry_fn=unclosed footnote"),
-                                  QStringLiteral("a {\\Qlry_ps=unclosed"),
-                                  QStringLiteral("\\end_Qlry_fn} closing before {\\Qlry_fn="),
-                                  Open1 + QStringLiteral("no closing"),
-                                  QStringLiteral("{\\Qlry_annot \\color={# } \\text=")}) {
+    for (const QString& tagged :
+         {QStringLiteral("{\\Qlry_annot \\color={\\R=1\\B=0} \\text=x\\end_Qlry_annot}"),
+          QStringLiteral("a {\\Qlry_fn=unclosed footnote"), QStringLiteral("a {\\Qlry_ps=unclosed"),
+          QStringLiteral("\\end_Qlry_fn} closing before {\\Qlry_fn="), Open1 + QStringLiteral("no closing"),
+          QStringLiteral("{\\Qlry_annot \\color={# } \\text=")}) {
         text = read(tagged);
         EXPECT_EQ(text.string(), tagged);
-        for (const QString& name : {XQAnnotationAttributeName, XQFootnoteAttributeName, XQPreserveFormattingAttributeName})
+        for (const QString& name :
+             {XQAnnotationAttributeName, XQFootnoteAttributeName, XQPreserveFormattingAttributeName})
             EXPECT_FALSE(coverage(text, name).contains(u'#')) << tagged.toStdString();
     }
 }
@@ -183,8 +192,8 @@ TEST(NoteTags, TagsAreReadOneAfterAnotherAsIfEachWereRemovedAtOnce)
 TEST(NoteTags, NewlineFormsAreRemovedWithTheMarkersOnlyWhenAsked)
 {
     const QString tagged = "Line\n{\\QLRY_ANNOT \\COLOR={\\R=0\\G=1\\B=0} \\TEXT=note\\END_QLRY_ANNOT}\nNext";
-    AttributedString text =
-        attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(AttributedString(tagged), true);
+    AttributedString text = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
+        AttributedString(tagged), true);
     EXPECT_EQ(text.string(), "LinenoteNext");
     EXPECT_EQ(coverage(text, XQAnnotationAttributeName), "----####----");
 
@@ -193,11 +202,13 @@ TEST(NoteTags, NewlineFormsAreRemovedWithTheMarkersOnlyWhenAsked)
 
     // Asked to remove the line feeds, annotations without them are not recognised.
     const QString inlineTag = "a" + Open1 + "b" + Close + "c";
-    text = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(AttributedString(inlineTag), true);
+    text = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(AttributedString(inlineTag),
+                                                                                            true);
     EXPECT_EQ(text.string(), inlineTag);
     // The hexadecimal form has its newline form too; footnotes are read as usual.
     text = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
-        AttributedString("p\n{\\QLRY_ANNOT \\COLOR={#0000FF} \\TEXT=h\\END_QLRY_ANNOT}\n{\\Qlry_fn=f\\end_Qlry_fn}"), true);
+        AttributedString("p\n{\\QLRY_ANNOT \\COLOR={#0000FF} \\TEXT=h\\END_QLRY_ANNOT}\n{\\Qlry_fn=f\\end_Qlry_fn}"),
+        true);
     EXPECT_EQ(text.string(), "phf");
     EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 1), Color(0, 0, 1));
     EXPECT_TRUE(text.attribute(XQFootnoteAttributeName, 2).toBool());
@@ -251,17 +262,31 @@ TEST(NoteTags, RoundTripRestoresEveryNote)
 
 TEST(NoteTags, GarbageNeverCrashesAndNeverInventsText)
 {
-    static const char* pieces[] = {"{\\Qlry_annot \\color={\\R=", "\\G=", "\\B=", "} \\text=", "\\end_Qlry_annot}",
-                                   "{\\QLRY_ANNOT \\COLOR={#", "{\\Qlry_fn=", "\\end_Qlry_fn}", "{\\Qlry_ps=",
-                                   "\\end_Qlry_ps}", "<$QlyKeepWithNext>", "\n", "0.5", "abc", "}", "{"};
+    static const char* pieces[] = {"{\\Qlry_annot \\color={\\R=",
+                                   "\\G=",
+                                   "\\B=",
+                                   "} \\text=",
+                                   "\\end_Qlry_annot}",
+                                   "{\\QLRY_ANNOT \\COLOR={#",
+                                   "{\\Qlry_fn=",
+                                   "\\end_Qlry_fn}",
+                                   "{\\Qlry_ps=",
+                                   "\\end_Qlry_ps}",
+                                   "<$QlyKeepWithNext>",
+                                   "\n",
+                                   "0.5",
+                                   "abc",
+                                   "}",
+                                   "{"};
     QRandomGenerator rng(7);
     for (int round = 0; round < 300; ++round) {
         QString input;
         for (int k = int(rng.bounded(30)); k > 0; --k)
             input += QLatin1String(pieces[rng.bounded(16)]);
         for (bool newlines : {false, true}) {
-            const AttributedString out = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
-                AttributedString(input), newlines);
+            const AttributedString out =
+                attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
+                    AttributedString(input), newlines);
             ASSERT_TRUE(out.checkInvariants());
             // The output is the input with some characters (the markers) taken out.
             const QString s = out.string();

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
 

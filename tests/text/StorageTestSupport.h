@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/services/NotificationCenter.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/text/WordCounting.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
@@ -66,8 +66,8 @@ inline ::testing::AssertionResult paragraphUniform(const AttributedString& text,
             const QVariant first = text.attribute(name, start);
             for (qsizetype j = start; j < stop; ++j) {
                 if (text.attribute(name, j) != first)
-                    return ::testing::AssertionFailure() << name.toStdString() << " differs in paragraph at " << start
-                                                         << " (index " << j << ")";
+                    return ::testing::AssertionFailure()
+                        << name.toStdString() << " differs in paragraph at " << start << " (index " << j << ")";
             }
         }
         start = i + 1;
@@ -78,7 +78,11 @@ inline ::testing::AssertionResult paragraphUniform(const AttributedString& text,
 /// Collects the warnings logged while it lives.
 class WarningCapture {
 public:
-    WarningCapture() { s_current = this; m_previous = qInstallMessageHandler(&WarningCapture::handle); }
+    WarningCapture()
+    {
+        s_current = this;
+        m_previous = qInstallMessageHandler(&WarningCapture::handle);
+    }
     ~WarningCapture()
     {
         qInstallMessageHandler(m_previous);
@@ -98,7 +102,8 @@ private:
 
 /// Statistics notifications from one sender, summed.
 struct StatisticsRecorder {
-    explicit StatisticsRecorder(const void* sender, const QString& name = QStringLiteral("XQTextStorageStatisticsDidChangeNotification"))
+    explicit StatisticsRecorder(const void* sender,
+                                const QString& name = QStringLiteral("XQTextStorageStatisticsDidChangeNotification"))
         : observer(name, sender, [this](const Notification& n) {
               ++posts;
               words += n.userInfo.value(QStringLiteral("ChangedWordsCount")).toLongLong();
@@ -128,8 +133,9 @@ inline QString randomSnippet(QRandomGenerator& rng, int maxLength)
 /// Prose-like text of about the given number of words, with line breaks every few sentences.
 inline QString proseText(QRandomGenerator& rng, int words)
 {
-    static const char* vocabulary[] = {"the", "draft", "of", "a", "long", "novel", "chapter", "scene", "and",
-                                       "writer's", "well-known", "3.5", "years", "over", "-", "it", "ends"};
+    static const char* vocabulary[] = {"the",     "draft", "of",  "a",        "long",       "novel",
+                                       "chapter", "scene", "and", "writer's", "well-known", "3.5",
+                                       "years",   "over",  "-",   "it",       "ends"};
     QString s;
     for (int i = 0; i < words; ++i) {
         s += QLatin1String(vocabulary[rng.bounded(int(std::size(vocabulary)))]);

@@ -2,8 +2,8 @@
 
 #include <QTest>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/services/NamedException.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
 
@@ -17,7 +17,7 @@ namespace {
 // A component that can join an aggregate but keeps neither a word count nor comments.
 class PlainComponent : public TextStorage, public XQAggregateTextStorageComponent {
 public:
-    explicit PlainComponent(const QString& text) : TextStorage(text) {}
+    explicit PlainComponent(const QString& text) : TextStorage(text) { }
     void addToAggregateTextStorage() override { ++members; }
     void removeFromAggregateTextStorage() override { --members; }
     bool isAggregateTextStorageComponent() const override { return members != 0; }
@@ -32,7 +32,8 @@ struct Fixture {
     XQAggregateTextStorage aggregate;
     Fixture()
     {
-        aggregate.setComponents({{QStringLiteral("One"), a, false}, {QStringLiteral("Two"), b, true}, {QStringLiteral("Three"), c, false}});
+        aggregate.setComponents(
+            {{QStringLiteral("One"), a, false}, {QStringLiteral("Two"), b, true}, {QStringLiteral("Three"), c, false}});
     }
 };
 
@@ -62,7 +63,7 @@ TEST(XQAggregateTextStorage, LaysOutTitlesTextsAndSeparators)
     EXPECT_EQ(agg.textRanges(), (std::vector<Range>{{4, 11}, {21, 4}, {33, 16}}));
     EXPECT_EQ(agg.componentRanges(), (std::vector<Range>{{0, 17}, {17, 10}, {27, 22}}));
     EXPECT_EQ(agg.wordCount(), 6);
-    EXPECT_EQ(agg.wordCountForRange(Range{0, 17}), 3);   // titles count in a plain range count
+    EXPECT_EQ(agg.wordCountForRange(Range{0, 17}), 3); // titles count in a plain range count
     // The separator string of a component looks at its own flag, and the last one has none.
     EXPECT_EQ(agg.separatorStringForComponentAtIndex(0), QStringLiteral("\n\n"));
     EXPECT_EQ(agg.separatorStringForComponentAtIndex(1), QStringLiteral("\n\f"));
@@ -71,10 +72,10 @@ TEST(XQAggregateTextStorage, LaysOutTitlesTextsAndSeparators)
     // Separator and title attributes.
     EXPECT_TRUE(agg.attribute(XQAggregatedSeparatorAttributeName, 15).toBool());
     EXPECT_DOUBLE_EQ(agg.attribute(ParagraphStyleAttributeName, 16).value<ParagraphStyle>().lineHeightMultiple(), 1.2);
-    EXPECT_EQ(agg.attribute(FontAttributeName, 15).value<Font>(), Font::userFont(12));   // the text has no font
+    EXPECT_EQ(agg.attribute(FontAttributeName, 15).value<Font>(), Font::userFont(12)); // the text has no font
     EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, 1).toBool());
     EXPECT_TRUE(agg.attribute(FontAttributeName, 1).value<Font>().isBold());
-    EXPECT_FALSE(agg.attribute(FontAttributeName, 3).value<Font>().isBold());   // the newline after the title
+    EXPECT_FALSE(agg.attribute(FontAttributeName, 3).value<Font>().isBold()); // the newline after the title
     EXPECT_TRUE(agg.titlesAreCentered());
     EXPECT_FALSE(agg.attribute(XQAggregatedTitleAttributeName, 5).isValid());
     for (const auto& s : {f.a, f.b, f.c})
@@ -84,9 +85,9 @@ TEST(XQAggregateTextStorage, LaysOutTitlesTextsAndSeparators)
     f.a->addAttribute(FontAttributeName, QVariant::fromValue(times), Range{0, f.a->length()});
     agg.setUsesSingleLineSeparators(true);
     EXPECT_EQ(agg.string(), QStringLiteral("One\nAlpha text.\n\fTwo\nBeta\nThree\nGamma words here"));
-    EXPECT_EQ(agg.attribute(FontAttributeName, 15).value<Font>(), times);   // the font of the text before it
+    EXPECT_EQ(agg.attribute(FontAttributeName, 15).value<Font>(), times); // the font of the text before it
     EXPECT_TRUE(agg.attribute(XQAggregatedSeparatorAttributeName, 16).toBool());
-    agg.setPageBreakBefore(true, 0);   // stored, governs nothing
+    agg.setPageBreakBefore(true, 0); // stored, governs nothing
     agg.setPageBreakBefore(false, 1);
     agg.setPageBreakBefore(true, 2);
     EXPECT_EQ(agg.string(), QStringLiteral("One\nAlpha text.\nTwo\nBeta\n\fThree\nGamma words here"));
@@ -107,7 +108,7 @@ TEST(XQAggregateTextStorage, LaysOutTitlesTextsAndSeparators)
     EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, 17).toBool());
     EXPECT_EQ(undo.count, 2);
     EXPECT_EQ(stats.posts, 2);
-    EXPECT_EQ(f.a->string(), QStringLiteral("Alpha text."));   // components untouched throughout
+    EXPECT_EQ(f.a->string(), QStringLiteral("Alpha text.")); // components untouched throughout
 }
 
 TEST(XQAggregateTextStorage, LocatesRangesAndDecidesEditability)
@@ -119,11 +120,11 @@ TEST(XQAggregateTextStorage, LocatesRangesAndDecidesEditability)
     EXPECT_EQ(element, XQAggregateTextStorage::TextElement);
     EXPECT_EQ(agg.indexOfComponentContainingRange(Range{1, 1}, &element), 0);
     EXPECT_EQ(element, XQAggregateTextStorage::TitleElement);
-    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{3, 0}, &element), 0);   // the title's end
+    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{3, 0}, &element), 0); // the title's end
     EXPECT_EQ(element, XQAggregateTextStorage::TitleElement);
-    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{15, 1}, &element), 0);  // the separator
+    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{15, 1}, &element), 0); // the separator
     EXPECT_EQ(element, XQAggregateTextStorage::SeparatorElement);
-    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{2, 4}, &element), 0);   // across title and text
+    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{2, 4}, &element), 0); // across title and text
     EXPECT_EQ(element, XQAggregateTextStorage::SeparatorElement);
     EXPECT_EQ(agg.indexOfComponentContainingRange(Range{10, 10}, &element), NotFound);
     EXPECT_EQ(element, XQAggregateTextStorage::SeparatorElement);
@@ -132,14 +133,14 @@ TEST(XQAggregateTextStorage, LocatesRangesAndDecidesEditability)
     EXPECT_EQ(element, XQAggregateTextStorage::TitleElement);
     EXPECT_EQ(agg.indexOfComponentContainingRange(Range{agg.length(), 0}, &element), 2);
     EXPECT_EQ(element, XQAggregateTextStorage::TextElement);
-    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{15, 0}, &element), 0);   // the text's end
+    EXPECT_EQ(agg.indexOfComponentContainingRange(Range{15, 0}, &element), 0); // the text's end
     EXPECT_EQ(element, XQAggregateTextStorage::TextElement);
 
     EXPECT_TRUE(agg.rangeIsEditable(Range{1, 1}, QStringLiteral("x")));
     EXPECT_TRUE(agg.rangeIsEditable(Range{5, 2}, QStringLiteral("x")));
     EXPECT_FALSE(agg.rangeIsEditable(Range{15, 1}, QStringLiteral("x")));
     EXPECT_FALSE(agg.rangeIsEditable(Range{2, 4}, QString()));
-    EXPECT_FALSE(agg.rangeIsEditable(Range{1, 1}, std::nullopt));   // attributes of a shown title
+    EXPECT_FALSE(agg.rangeIsEditable(Range{1, 1}, std::nullopt)); // attributes of a shown title
     EXPECT_TRUE(agg.rangeIsEditable(Range{2, 40}, std::nullopt));
     EXPECT_TRUE(agg.rangesAreEditable({{5, 1}, {21, 2}}, QStringList{QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_FALSE(agg.rangesAreEditable({{5, 1}, {16, 1}}, QStringList{QStringLiteral("a"), QStringLiteral("b")}));
@@ -152,7 +153,8 @@ TEST(XQAggregateTextStorage, LocatesRangesAndDecidesEditability)
     EXPECT_EQ(agg.indexOfComponentContainingTextStorage(f.c.get()), 2);
     EXPECT_EQ(agg.indexOfComponent(agg.components()[1]), 1);
     EXPECT_EQ(agg.rangeOfEntireComponentAtIndex(1), (Range{17, 10}));
-    EXPECT_EQ(agg.componentTextStoragesIntersectingRanges({{14, 8}}), (std::vector<std::shared_ptr<TextStorage>>{f.a, f.b}));
+    EXPECT_EQ(agg.componentTextStoragesIntersectingRanges({{14, 8}}),
+              (std::vector<std::shared_ptr<TextStorage>>{f.a, f.b}));
     EXPECT_EQ(agg.rangesLimitedToTextRanges({{14, 8}, {40, 0}}), (std::vector<Range>{{14, 1}, {21, 1}, {40, 0}}));
 }
 
@@ -161,7 +163,7 @@ TEST(XQAggregateTextStorage, RoutesEditsToComponentsAndMirrorsThemBack)
     Fixture f;
     XQAggregateTextStorage& agg = f.aggregate;
     StatisticsRecorder stats(static_cast<const TextStorage*>(&agg));
-    agg.replaceCharacters(Range{15, 0}, QStringLiteral(" More"));   // the end of component 0's text
+    agg.replaceCharacters(Range{15, 0}, QStringLiteral(" More")); // the end of component 0's text
     EXPECT_EQ(f.a->string(), QStringLiteral("Alpha text. More"));
     EXPECT_EQ(agg.wordCount(), 7);
     EXPECT_EQ(stats.posts, 1);
@@ -182,18 +184,21 @@ TEST(XQAggregateTextStorage, RoutesEditsToComponentsAndMirrorsThemBack)
     EXPECT_EQ(agg.substring(agg.textRanges()[2]), QStringLiteral("Delta words here"));
     EXPECT_FALSE(agg.isChangeInstigatedByComponent());
     // Attributes both ways.
-    const Attributes italic{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
+    const Attributes italic{
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
     const Range across = Range::fromBounds(agg.textRanges()[0].location + 6, agg.textRanges()[1].location + 3);
     agg.setAttributes(italic, across);
     EXPECT_EQ(f.a->attributes(6), italic);
     EXPECT_EQ(f.b->attributes(2), italic);
     EXPECT_FALSE(f.b->attributes(3).contains(FontAttributeName));
-    EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, agg.titleRanges()[1].location).toBool());   // the title keeps its own
+    EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, agg.titleRanges()[1].location)
+                    .toBool()); // the title keeps its own
     EXPECT_TRUE(agg.attribute(XQAggregatedSeparatorAttributeName, agg.textRanges()[0].end()).toBool());
     agg.addAttribute(XQParagraphStyleIDAttributeName, QStringLiteral("Body"), Range{agg.textRanges()[2].location, 1});
-    EXPECT_EQ(f.c->attribute(XQParagraphStyleIDAttributeName, 10).toString(), QStringLiteral("Body"));   // spread by the component...
+    EXPECT_EQ(f.c->attribute(XQParagraphStyleIDAttributeName, 10).toString(),
+              QStringLiteral("Body")); // spread by the component...
     EXPECT_EQ(agg.attribute(XQParagraphStyleIDAttributeName, agg.textRanges()[2].location + 10).toString(),
-              QStringLiteral("Body"));   // ...and copied back
+              QStringLiteral("Body")); // ...and copied back
     f.b->removeAttribute(FontAttributeName, Range{0, 2});
     EXPECT_EQ(agg.attributedSubstring(agg.textRanges()[1]), f.b->attributedString());
     // Setting attributes on a title gives it the title attributes instead.
@@ -209,7 +214,7 @@ TEST(XQAggregateTextStorage, TitlesRenameComponentsAndAnnounceOncePerBurst)
     Heard undo(XQAggregateTextStorageDidInvalidateUndoStackNotification, agg);
     // Typing "s" then "!" at the end of the title "Two".
     agg.replaceCharacters(Range{20, 0}, QStringLiteral("s"));
-    EXPECT_EQ(agg.components()[1].title, QStringLiteral("Twos"));   // renamed at once
+    EXPECT_EQ(agg.components()[1].title, QStringLiteral("Twos")); // renamed at once
     QTest::qWait(30);
     agg.replaceCharacters(Range{21, 0}, QStringLiteral("!"));
     EXPECT_EQ(agg.components()[1].title, QStringLiteral("Twos!"));
@@ -217,7 +222,7 @@ TEST(XQAggregateTextStorage, TitlesRenameComponentsAndAnnounceOncePerBurst)
     EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, 21).toBool());
     EXPECT_EQ(titles.count, 0);
     QTest::qWait(60);
-    EXPECT_EQ(titles.count, 0);   // 0.1 s after the last keystroke, not the first
+    EXPECT_EQ(titles.count, 0); // 0.1 s after the last keystroke, not the first
     QTest::qWait(150);
     EXPECT_EQ(titles.count, 1);
     EXPECT_EQ(titles.info.value(QStringLiteral("newTitle")).toString(), QStringLiteral("Twos!"));
@@ -232,7 +237,7 @@ TEST(XQAggregateTextStorage, TitlesRenameComponentsAndAnnounceOncePerBurst)
     EXPECT_EQ(undo.count, undoBefore + 1);
     agg.setTitle(QString(), 2);
     EXPECT_EQ(agg.titleRanges()[2].length, 0);
-    agg.replaceCharacters(Range{agg.titleRanges()[2].location, 0}, QStringLiteral("T"));   // typing into an empty title
+    agg.replaceCharacters(Range{agg.titleRanges()[2].location, 0}, QStringLiteral("T")); // typing into an empty title
     EXPECT_EQ(agg.components()[2].title, QStringLiteral("T"));
     EXPECT_TRUE(agg.attribute(XQAggregatedTitleAttributeName, agg.titleRanges()[2].location).toBool());
     // The component is gone before the announcement is due: nothing is announced.
@@ -247,16 +252,20 @@ TEST(XQAggregateTextStorage, TitlesRenameComponentsAndAnnounceOncePerBurst)
     EXPECT_EQ(agg.substring(agg.titleRanges()[1]), QStringLiteral("Hidden"));
 
     agg.setTitleColor(Color(0, 0, 1), 1);
-    EXPECT_EQ(agg.attribute(ForegroundColorAttributeName, agg.titleRanges()[1].location), QVariant::fromValue(Color(0, 0, 1)));
+    EXPECT_EQ(agg.attribute(ForegroundColorAttributeName, agg.titleRanges()[1].location),
+              QVariant::fromValue(Color(0, 0, 1)));
 
     WarningCapture warnings;
     agg.setTitle(QStringLiteral("x"), 2);
     agg.setTitleColor(Color(), 5);
     agg.setPageBreakBefore(true, -1);
-    EXPECT_EQ(warnings.messages,
-              (QStringList{QStringLiteral("*** XQAggregateTextStorage Error: Invalid index in -setTitle:forComponentAtIndex:"),
-                           QStringLiteral("*** XQAggregateTextStorage Error: Invalid index in -setTitleColor:forComponentAtIndex:"),
-                           QStringLiteral("*** XQAggregateTextStorage Error: Invalid index in -setPageBreakBefore:forComponentAtIndex:")}));
+    EXPECT_EQ(
+        warnings.messages,
+        (QStringList{
+            QStringLiteral("*** XQAggregateTextStorage Error: Invalid index in -setTitle:forComponentAtIndex:"),
+            QStringLiteral("*** XQAggregateTextStorage Error: Invalid index in -setTitleColor:forComponentAtIndex:"),
+            QStringLiteral(
+                "*** XQAggregateTextStorage Error: Invalid index in -setPageBreakBefore:forComponentAtIndex:")}));
 }
 
 TEST(XQAggregateTextStorage, RefusesBadComponentsAndCountsOnlyWhenAllCount)
@@ -269,15 +278,17 @@ TEST(XQAggregateTextStorage, RefusesBadComponentsAndCountsOnlyWhenAllCount)
         FAIL() << "no exception";
     } catch (const NamedException& e) {
         EXPECT_EQ(e.name(), QStringLiteral("XQAggregateTextStorage - nil component."));
-        EXPECT_EQ(e.reason(), QStringLiteral("Attempted to load a nil coponent text storage in XQAggregateTextStorage"));
+        EXPECT_EQ(e.reason(),
+                  QStringLiteral("Attempted to load a nil coponent text storage in XQAggregateTextStorage"));
     }
     try {
         agg.setComponents({{QStringLiteral("plain"), std::make_shared<TextStorage>(QStringLiteral("t")), false}});
         FAIL() << "no exception";
     } catch (const NamedException& e) {
         EXPECT_EQ(e.name(), QStringLiteral("XQAggregateTextStorage - invalid component."));
-        EXPECT_EQ(e.reason(), QStringLiteral("Attempted to load a component text storage that does not conform to the "
-                                             "XQAggregateTextStorageComponent protocol."));
+        EXPECT_EQ(e.reason(),
+                  QStringLiteral("Attempted to load a component text storage that does not conform to the "
+                                 "XQAggregateTextStorageComponent protocol."));
     }
     EXPECT_EQ(agg.string(), before);
     EXPECT_EQ(agg.numberOfComponents(), 3);
@@ -287,7 +298,7 @@ TEST(XQAggregateTextStorage, RefusesBadComponentsAndCountsOnlyWhenAllCount)
     EXPECT_EQ(agg.wordCount(), 0);
     EXPECT_FALSE(agg.componentsHaveComments());
     EXPECT_EQ(plain->members, 1);
-    EXPECT_FALSE(f.a->isAggregateTextStorageComponent());   // dropped from the aggregate
+    EXPECT_FALSE(f.a->isAggregateTextStorageComponent()); // dropped from the aggregate
     EXPECT_TRUE(f.b->isAggregateTextStorageComponent());
     agg.replaceCharacters(Range{2, 0}, QStringLiteral("my "));
     EXPECT_EQ(plain->string(), QStringLiteral("my plain words"));
@@ -328,7 +339,8 @@ TEST(XQAggregateTextStorage, CommentsAcrossComponents)
     XQAggregateTextStorage& agg = f.aggregate;
     EXPECT_TRUE(agg.componentsHaveComments());
     Heard changes(XQTextStorageCommentsDidChangeNotification, agg);
-    const XQCommentPtr inC = agg.addComment(AttributedString(QStringLiteral("on gamma")), Range{agg.textRanges()[2].location + 6, 5});
+    const XQCommentPtr inC =
+        agg.addComment(AttributedString(QStringLiteral("on gamma")), Range{agg.textRanges()[2].location + 6, 5});
     ASSERT_TRUE(inC);
     EXPECT_EQ(f.c->comments(), std::vector<XQCommentPtr>{inC});
     EXPECT_EQ(f.c->rangeOfComment(inC), (Range{6, 5}));

@@ -36,13 +36,13 @@ TEST(XQAggregatingTextStorage, JoinsComponentsWithTheSeparator)
     EXPECT_EQ(joined.string(), QStringLiteral("alpha beta\ngamma\n"));
     EXPECT_EQ(joined.textRanges(), (std::vector<Range>{{0, 10}, {11, 5}, {17, 0}}));
     EXPECT_EQ(joined.wordCount(), 3);
-    EXPECT_EQ(joined.wordCountForRange(Range{6, 100}), 2);   // clipped to the text
+    EXPECT_EQ(joined.wordCountForRange(Range{6, 100}), 2); // clipped to the text
     EXPECT_EQ(joined.rangeOfTextStorageAtIndex(1), (Range{11, 5}));
     EXPECT_EQ(joined.rangeOfTextStorageAtIndex(3), Range::notFound());
     EXPECT_EQ(joined.indexOfTextStorageComponent(b.get()), 1);
     EXPECT_EQ(joined.indexOfTextStorageComponent(nullptr), -1);
     EXPECT_EQ(joined.indexOfTextStorageContainingRange(Range{12, 4}), 1);
-    EXPECT_EQ(joined.indexOfTextStorageContainingRange(Range{9, 3}), -1);   // across the separator
+    EXPECT_EQ(joined.indexOfTextStorageContainingRange(Range{9, 3}), -1); // across the separator
     EXPECT_EQ(joined.indexOfTextStorageContainingRange(Range{17, 0}), 2);
     EXPECT_TRUE(joined.rangesAreEditable({{0, 3}, {16, 0}}));
     EXPECT_FALSE(joined.rangesAreEditable({{0, 3}, {10, 1}}));
@@ -59,13 +59,14 @@ TEST(XQAggregatingTextStorage, JoinsComponentsWithTheSeparator)
     EXPECT_EQ(c->string(), QStringLiteral("last"));
 
     // Attributes are passed on too, within one component only.
-    const Attributes bold{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, BoldFontMask))}};
+    const Attributes bold{
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, BoldFontMask))}};
     joined.setAttributes(bold, Range{18, 3});
     EXPECT_EQ(b->attributes(1), bold);
     joined.addAttribute(XQKeepWithNextAttributeName, true, Range{0, 2});
-    EXPECT_EQ(a->attribute(XQKeepWithNextAttributeName, 15), QVariant(true));   // spread by the component
-    EXPECT_EQ(joined.attribute(XQKeepWithNextAttributeName, 15), QVariant(true));   // and copied back
-    joined.setAttributes(bold, Range{5, 15});   // across components: refused
+    EXPECT_EQ(a->attribute(XQKeepWithNextAttributeName, 15), QVariant(true)); // spread by the component
+    EXPECT_EQ(joined.attribute(XQKeepWithNextAttributeName, 15), QVariant(true)); // and copied back
+    joined.setAttributes(bold, Range{5, 15}); // across components: refused
     EXPECT_FALSE(joined.attributes(5).contains(FontAttributeName));
 }
 
@@ -113,8 +114,9 @@ TEST(XQAggregatingTextStorage, SeparatorsAndComponentChanges)
     joined.setTextStorageComponents({a, b, c});
     joined.setComponentSeparator(QStringLiteral("--"));
     EXPECT_EQ(joined.string(), QStringLiteral("aa--bbb--c"));
-    EXPECT_EQ(joined.textRanges(), (std::vector<Range>{{0, 2}, {4, 3}, {9, 1}}));   // +1, then +2
-    const AttributedString styled(QStringLiteral(" | "), {{ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
+    EXPECT_EQ(joined.textRanges(), (std::vector<Range>{{0, 2}, {4, 3}, {9, 1}})); // +1, then +2
+    const AttributedString styled(QStringLiteral(" | "),
+                                  {{ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0))}});
     joined.setComponentSeparator(styled);
     EXPECT_EQ(joined.string(), QStringLiteral("aa | bbb | c"));
     EXPECT_EQ(joined.attribute(ForegroundColorAttributeName, 3), QVariant::fromValue(Color(1, 0, 0)));
@@ -142,8 +144,8 @@ TEST(XQAggregatingTextStorage, SeparatorsAndComponentChanges)
     joined.removeTextStorageComponentAtIndex(4);
     joined.removeTextStorageComponentAtIndex(1);
     EXPECT_EQ(joined.string(), QStringLiteral("first | bbb | c"));
-    EXPECT_EQ(joined.textStorageComponents(), (std::vector<XQAggregatingTextStorage::Component>{
-                                                  joined.textStorageComponents()[0], b, c}));
+    EXPECT_EQ(joined.textStorageComponents(),
+              (std::vector<XQAggregatingTextStorage::Component>{joined.textStorageComponents()[0], b, c}));
     // The removed component is no longer heard.
     a->replaceCharacters(Range{0, 0}, QStringLiteral("zz"));
     EXPECT_EQ(joined.string(), QStringLiteral("first | bbb | c"));

@@ -4,12 +4,12 @@
 #include <QLocale>
 #include <QRegularExpression>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/services/KeyedArchiver.h>
 #include <qlyappkit/platform/services/NamedException.h>
 #include <qlyappkit/platform/services/NotificationCenter.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/services/UserDefaults.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 using namespace qly;
@@ -31,7 +31,9 @@ private:
 
 AttributedString styledText()
 {
-    AttributedString text(QStringLiteral("Bold "), {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
+    AttributedString text(
+        QStringLiteral("Bold "),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}});
     text.append(QStringLiteral("caf\u00e9 \u65e5\u672c"),
                 {{ForegroundColorAttributeName, QVariant::fromValue(Color(0.25, 0.5, 0.75))}});
     return text;
@@ -153,9 +155,9 @@ TEST(XQComment, Notifications)
     comment->setFootnote(comment->isFootnote());
     comment->setCollapsed(true);
     comment->setCollapsed(true);
-    EXPECT_EQ(recorder.names, (QStringList{XQCommentColorDidChangeNotification, XQCommentIsFootnoteDidChangeNotification,
-                                           XQCommentDidExpandOrCollapseNotification,
-                                           XQCommentDidExpandOrCollapseNotification}));
+    EXPECT_EQ(recorder.names,
+              (QStringList{XQCommentColorDidChangeNotification, XQCommentIsFootnoteDidChangeNotification,
+                           XQCommentDidExpandOrCollapseNotification, XQCommentDidExpandOrCollapseNotification}));
 
     recorder.names.clear();
     comment->setFootnoteNumber(3);
@@ -290,8 +292,8 @@ TEST(XQComment, CopyingAndArchivingGiveFreshIDs)
 
     // Damaged archives never give a comment.
     EXPECT_FALSE(commentFromVariant(archiving::unarchive(QByteArray("\xa1\x61x"))));
-    const XQCommentPtr fromBadFields =
-        XQComment::decode(QCborMap{{QStringLiteral("text"), 5}, {QStringLiteral("footnoteNumber"), QStringLiteral("x")}});
+    const XQCommentPtr fromBadFields = XQComment::decode(
+        QCborMap{{QStringLiteral("text"), 5}, {QStringLiteral("footnoteNumber"), QStringLiteral("x")}});
     ASSERT_TRUE(fromBadFields);
     EXPECT_EQ(fromBadFields->footnoteNumber(), -1);
 }

@@ -14,7 +14,8 @@ namespace {
 
 QVariant commentValue(const XQCommentPtr& c) { return variantFromComment(c); }
 
-const Attributes kBold{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}};
+const Attributes kBold{
+    {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12, BoldFontMask))}};
 
 } // namespace
 
@@ -57,10 +58,10 @@ TEST(XQWordCountingTextStorage, WhatCountsAsAWord)
     // Hyphen and full-stop runs are no words; "well", "known", "3.5", "a", "b" and "x" are.
     EXPECT_EQ(storage.wordCount(), 6);
     EXPECT_EQ(storage.wordCountForRange(Range{0, 7}), 0);
-    EXPECT_EQ(storage.wordCountForRange(Range{8, 4}), 1);   // "well"
-    EXPECT_EQ(storage.wordCountForRange(Range{9, 2}), 1);   // a piece of a word counts once
+    EXPECT_EQ(storage.wordCountForRange(Range{8, 4}), 1); // "well"
+    EXPECT_EQ(storage.wordCountForRange(Range{9, 2}), 1); // a piece of a word counts once
     EXPECT_EQ(storage.wordCountForRange(Range{0, 0}), 0);
-    EXPECT_EQ(storage.wordCountForRange(Range{30, 10}), 0);   // runs past the end
+    EXPECT_EQ(storage.wordCountForRange(Range{30, 10}), 0); // runs past the end
 
     EXPECT_EQ(storage.wordRangeForCharRange(Range{10, 1}), (Range{8, 4}));
     EXPECT_EQ(storage.wordRangeForCharRange(Range{10, 0}), (Range{8, 4}));
@@ -132,7 +133,8 @@ TEST(XQTextStorage, CommentAttributesBringLinkAndToolTip)
     EXPECT_EQ(storage.rangeOfComment(comment), Range::notFound());
 
     // A stale comment link set without its comment is cleaned up when the edit is processed.
-    storage.setAttributes({{LinkAttributeName, commentValue(comment)}, {ToolTipAttributeName, QStringLiteral("x")}}, Range{2, 4});
+    storage.setAttributes({{LinkAttributeName, commentValue(comment)}, {ToolTipAttributeName, QStringLiteral("x")}},
+                          Range{2, 4});
     EXPECT_TRUE(commentLinksConsistent(storage.attributedString()));
 }
 
@@ -143,17 +145,17 @@ TEST(XQTextStorage, UniqueCommentRangesDecideTheRebuild)
     const XQCommentPtr b = storage.addComment(AttributedString(QStringLiteral("b")), Range{6, 5});
     const XQCommentPtr c = storage.addComment(AttributedString(QStringLiteral("c")), Range{12, 5});
     EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{6, 0}));
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{0, 5}));    // no comment at all
-    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{5, 7}));     // all of b, inside
-    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{6, 5}));     // exactly b
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{7, 3}));    // inside b, b around it
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{6, 3}));    // b's start, b continues after
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{8, 3}));    // b's end, b before
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{8, 4}));    // b continues before
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{3, 5}));    // b continues after
-    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{9, 5}));    // b's tail and c's head: both go on
-    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{11, 6}));    // all of c up to its end
-    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{6, 6}));     // b from its start, then a space
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{0, 5})); // no comment at all
+    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{5, 7})); // all of b, inside
+    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{6, 5})); // exactly b
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{7, 3})); // inside b, b around it
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{6, 3})); // b's start, b continues after
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{8, 3})); // b's end, b before
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{8, 4})); // b continues before
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{3, 5})); // b continues after
+    EXPECT_FALSE(storage.rangeContainsUniqueCommentAttributes(Range{9, 5})); // b's tail and c's head: both go on
+    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{11, 6})); // all of c up to its end
+    EXPECT_TRUE(storage.rangeContainsUniqueCommentAttributes(Range{6, 6})); // b from its start, then a space
 
     // Deleting a whole anchor asks for a rebuild, which happens when the batch is processed.
     storage.beginEditing();
@@ -216,8 +218,8 @@ TEST(XQTextStorage, CommentOperations)
     EXPECT_NE(renamed->uniqueID(), two->uniqueID());
     EXPECT_EQ(renamed->string(), QStringLiteral("two!"));
     EXPECT_EQ(storage.attribute(ToolTipAttributeName, 5).toString(), QStringLiteral("Comment: two!"));
-    storage.setCommentText(AttributedString(QStringLiteral("none")), Range{0, 3});   // no comment there
-    storage.setCommentText(AttributedString(QStringLiteral("none")), Range{4, 0});   // empty range
+    storage.setCommentText(AttributedString(QStringLiteral("none")), Range{0, 3}); // no comment there
+    storage.setCommentText(AttributedString(QStringLiteral("none")), Range{4, 0}); // empty range
     EXPECT_EQ(storage.comments()[0], renamed);
 
     // Removing meets whole runs, also beyond the range.
@@ -234,7 +236,7 @@ TEST(XQTextStorage, ParagraphAttributesCoverWholeParagraphs)
 {
     XQTextStorage storage(QStringLiteral("first paragraph\nsecond one\nthird"));
     storage.addAttribute(XQKeepWithNextAttributeName, true, Range{16, 3});
-    EXPECT_EQ(storage.attribute(XQKeepWithNextAttributeName, 26), QVariant(true));   // spread to the break
+    EXPECT_EQ(storage.attribute(XQKeepWithNextAttributeName, 26), QVariant(true)); // spread to the break
     EXPECT_FALSE(storage.attribute(XQKeepWithNextAttributeName, 15).isValid());
     EXPECT_FALSE(storage.attribute(XQKeepWithNextAttributeName, 27).isValid());
     // Set on a later character only: the first character decides, so it goes.
@@ -283,7 +285,9 @@ TEST(XQTextStorage, RandomEditingKeepsCountsAndCommentsRight)
         if (batched)
             storage.beginEditing();
         switch (rng.bounded(10)) {
-        case 0: case 1: case 2:
+        case 0:
+        case 1:
+        case 2:
             storage.replaceCharacters(Range{a, 0}, randomSnippet(rng, 6));
             break;
         case 3:

@@ -26,9 +26,10 @@ TEST(NotesCommand, PrintsOneLinePerNoteInTextOrder)
 
     const QlyRun run = runQly({QStringLiteral("notes"), path});
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_EQ(run.out, QStringLiteral("footnote\t2\t2\tcd\n"
-                                      "annotation\t7\t3\tg\\nh\n"
-                                      "preserve\t11\t3\t\u00e9t\u00e9\n"));
+    EXPECT_EQ(run.out,
+              QStringLiteral("footnote\t2\t2\tcd\n"
+                             "annotation\t7\t3\tg\\nh\n"
+                             "preserve\t11\t3\t\u00e9t\u00e9\n"));
     EXPECT_TRUE(run.err.isEmpty());
 }
 
@@ -47,7 +48,7 @@ TEST(NotesCommand, ReadsTheSampleWithEveryKindOfTag)
         EXPECT_FALSE(fields[3].contains(QStringLiteral("Qlry"), Qt::CaseInsensitive));
     }
     EXPECT_EQ(kinds, (QStringList{"annotation", "footnote", "preserve", "annotation"}));
-    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("annotation\t21\t")));   // after "The Lighthouse Keeper"
+    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("annotation\t21\t"))); // after "The Lighthouse Keeper"
 }
 
 TEST(NotesCommand, MissingFileIsAOneLineError)

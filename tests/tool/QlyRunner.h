@@ -13,7 +13,7 @@ namespace qly::tooltest {
 inline const QString Qly = QStringLiteral(QLY_BINARY_DIR "/tools/qly/qly");
 
 struct QlyRun {
-    int exitCode = -1;   ///< -1 when it crashed or did not finish
+    int exitCode = -1; ///< -1 when it crashed or did not finish
     QString out;
     QString err;
 };

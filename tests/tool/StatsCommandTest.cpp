@@ -11,10 +11,7 @@ using namespace qly::tooltest;
 
 namespace {
 
-QlyRun runStats(const QStringList& files)
-{
-    return runQly(QStringList{QStringLiteral("stats")} + files);
-}
+QlyRun runStats(const QStringList& files) { return runQly(QStringList{QStringLiteral("stats")} + files); }
 
 } // namespace
 
@@ -23,7 +20,8 @@ TEST(StatsCommand, CountsTextAndRTFFiles)
     ASSERT_TRUE(QFileInfo(Qly).isExecutable()) << "build the qly target first";
     QTemporaryDir dir;
     // "--" and "..." are no words; "well-known" is two, "3.5" one; é is one UTF-16 unit.
-    const QString text = writeFile(dir, QStringLiteral("plain.txt"), QStringLiteral("Caf\u00e9 -- well-known 3.5 ...\n").toUtf8());
+    const QString text =
+        writeFile(dir, QStringLiteral("plain.txt"), QStringLiteral("Caf\u00e9 -- well-known 3.5 ...\n").toUtf8());
     // The RTF text is "Bold words\ncaf\u00e9 end" (19 units, 4 words); the font table is no text.
     const QString rtf = writeFile(dir, QStringLiteral("styled.RTF"),
                                   "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl\\f0\\fswiss Helvetica;}\\f0\\fs24 "

@@ -1,7 +1,7 @@
 // qly convert --to word-rtf on the bundled manuscript: notes, comments, bookmarks and pictures arrive
 // as word-processor RTF; options, paper and margins reach the writer; bad input writes nothing.
-#include <gtest/gtest.h>
 #include "support/TestFiles.h"
+#include <gtest/gtest.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -38,10 +38,11 @@ TEST(WordRTFExport, SampleBecomesWordProcessorRTF)
     ASSERT_TRUE(QFileInfo(Qly).isExecutable()) << "build the qly target first";
     QTemporaryDir dir;
     QlyRun run;
-    const QByteArray rtf = exportSample(
-        dir, {QStringLiteral("--author"), QStringLiteral("Ann Example"), QStringLiteral("--option"),
-              QStringLiteral("XQRTFLinkedFootnotesAsEndnotes=yes")},
-        &run);
+    const QByteArray rtf =
+        exportSample(dir,
+                     {QStringLiteral("--author"), QStringLiteral("Ann Example"), QStringLiteral("--option"),
+                      QStringLiteral("XQRTFLinkedFootnotesAsEndnotes=yes")},
+                     &run);
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     ASSERT_TRUE(rtf.startsWith("{\\rtf1"));
     for (char c : rtf)
@@ -70,10 +71,10 @@ TEST(WordRTFExport, SampleBecomesWordProcessorRTF)
     EXPECT_TRUE(text.contains(QStringLiteral("The ferry left the harbour at dawn")));
 
     // Annotations as footnotes: the third footnote kind, here sent to the endnotes by its own option.
-    const QByteArray third = exportSample(
-        dir, {QStringLiteral("--annotations-as-footnotes"), QStringLiteral("--option"),
-              QStringLiteral("XQRTFLinkedCommentsFootnotesAsEndnotes=yes")},
-        &run);
+    const QByteArray third = exportSample(dir,
+                                          {QStringLiteral("--annotations-as-footnotes"), QStringLiteral("--option"),
+                                           QStringLiteral("XQRTFLinkedCommentsFootnotesAsEndnotes=yes")},
+                                          &run);
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     const QString thirdText = QString::fromLatin1(third);
     EXPECT_EQ(thirdText.count(QStringLiteral("{\\*\\footnote")), 6);
@@ -86,18 +87,18 @@ TEST(WordRTFExport, OptionsPaperMarginsAndSections)
     QTemporaryDir dir;
     const QString plain = QString::fromLatin1(exportSample(dir, {}));
     ASSERT_FALSE(plain.isEmpty());
-    EXPECT_FALSE(plain.contains(QStringLiteral("\\ftnalt")));   // linked footnotes stay footnotes by default
+    EXPECT_FALSE(plain.contains(QStringLiteral("\\ftnalt"))); // linked footnotes stay footnotes by default
     EXPECT_FALSE(plain.contains(QStringLiteral("\\cols3")));
 
     // A boolean, an integer and texts by their names; the section titles come from the chapters.
     QlyRun run;
-    const QString set = QString::fromLatin1(exportSample(
-        dir,
-        {QStringLiteral("--option"), QStringLiteral("XQRTFInlineFootnotesAsEndnotes=YES"), QStringLiteral("--option"),
-         QStringLiteral("XQRTFNumberOfColumns=3"), QStringLiteral("--option"),
-         QStringLiteral("XQRTFHeaderString=<$sectiontitle>"), QStringLiteral("--paper"), QStringLiteral("500x700"),
-         QStringLiteral("--margins"), QStringLiteral("36,54,72,90")},
-        &run));
+    const QString set = QString::fromLatin1(
+        exportSample(dir,
+                     {QStringLiteral("--option"), QStringLiteral("XQRTFInlineFootnotesAsEndnotes=YES"),
+                      QStringLiteral("--option"), QStringLiteral("XQRTFNumberOfColumns=3"), QStringLiteral("--option"),
+                      QStringLiteral("XQRTFHeaderString=<$sectiontitle>"), QStringLiteral("--paper"),
+                      QStringLiteral("500x700"), QStringLiteral("--margins"), QStringLiteral("36,54,72,90")},
+                     &run));
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(set.count(QStringLiteral("{\\*\\footnote\\ftnalt")), 3);
     EXPECT_TRUE(set.contains(QStringLiteral("\\cols3")));

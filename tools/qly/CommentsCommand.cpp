@@ -1,7 +1,7 @@
 // qly comments: lists the comments of a comments side file in file order.
-#include <qlyappkit/platform/xml/XMLFile.h>
-#include <qlyappkit/interchange/xml/XMLValues.h>
 #include <qlyappkit/interchange/comments/CommentsSideFile.h>
+#include <qlyappkit/interchange/xml/XMLValues.h>
+#include <qlyappkit/platform/xml/XMLFile.h>
 
 #include <QFileInfo>
 #include <QRegularExpression>

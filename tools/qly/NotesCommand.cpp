@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include <qlyappkit/text/notes/NoteTags.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/notes/NoteTags.h>
 
 #include "Commands.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 struct NoteLine {
     Range range;
-    int kindOrder;   // annotation, footnote, preserve: the order of notes that start together
+    int kindOrder; // annotation, footnote, preserve: the order of notes that start together
     QString kind;
 };
 
@@ -26,7 +26,7 @@ QString oneLine(const QString& text)
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text.at(i);
         if (c == u'\r' && i + 1 < text.size() && text.at(i + 1) == u'\n')
-            continue;   // CR LF is one break
+            continue; // CR LF is one break
         if (c == u'\n' || c == u'\r' || c == QChar(0x2028) || c == QChar(0x2029))
             out += QStringLiteral("\\n");
         else

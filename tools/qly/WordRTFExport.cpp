@@ -1,13 +1,13 @@
 // qly convert --to word-rtf: a stored text (RTF with note tags, comments in a side file) exported as
 // RTF that word processors read with real footnotes, annotations, bookmarks, sections and pictures.
+#include <qlyappkit/interchange/comments/CommentsSideFile.h>
 #include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
 #include <qlyappkit/interchange/rtf/RTFBookmarks.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/text/MutableAttributedString.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
-#include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/interchange/comments/CommentsSideFile.h>
 #include <qlyappkit/text/attributes/LinkValues.h>
 #include <qlyappkit/text/notes/NoteConversions.h>
 #include <qlyappkit/text/notes/NoteTags.h>
@@ -57,7 +57,8 @@ bool parseOption(const QString& assignment, QVariantMap& options)
     const qsizetype eq = assignment.indexOf(QLatin1Char('='));
     const QString name = eq < 0 ? assignment : assignment.left(eq);
     if (eq < 0 || !allRTFOptionKeys().contains(name)) {
-        printError(eq < 0 ? QStringLiteral("--option needs NAME=VALUE") : QStringLiteral("unknown option %1").arg(name));
+        printError(eq < 0 ? QStringLiteral("--option needs NAME=VALUE")
+                          : QStringLiteral("unknown option %1").arg(name));
         return false;
     }
     const QString value = assignment.mid(eq + 1);
@@ -144,8 +145,9 @@ int parseArguments(const QStringList& args, Settings& s)
         }
     }
     if (s.input.isEmpty() || s.output.isEmpty()) {
-        printError(QStringLiteral("usage: qly convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml] "
-                                  "[--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME] [--annotations-as-footnotes]"));
+        printError(QStringLiteral(
+            "usage: qly convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml] "
+            "[--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME] [--annotations-as-footnotes]"));
         return 2;
     }
     return 0;
@@ -179,8 +181,8 @@ AttributedString resolveLinks(AttributedString text, const QDir& base)
             const QString name = QUrl::fromPercentEncoding(it->target.mid(WordRTFPageRefLinkScheme.size()).toUtf8());
             text.addAttribute(XQRTFPageRefFieldAttributeName, RTFBookmarkNameForString(name), it->range);
         } else {
-            const QString path = base.filePath(
-                QUrl::fromPercentEncoding(it->target.mid(WordRTFPictureLinkScheme.size()).toUtf8()));
+            const QString path =
+                base.filePath(QUrl::fromPercentEncoding(it->target.mid(WordRTFPictureLinkScheme.size()).toUtf8()));
             QFile file(path);
             Attributes attributes = text.attributes(it->range.location);
             if (!file.open(QIODevice::ReadOnly)) {
@@ -203,7 +205,7 @@ AttributedString resolveLinks(AttributedString text, const QDir& base)
 void markSections(AttributedString& text)
 {
     std::vector<qsizetype> breaks;
-    const QString all = text.string();   // once, for the scan
+    const QString all = text.string(); // once, for the scan
     for (qsizetype i = all.indexOf(PageBreak); i >= 0; i = all.indexOf(PageBreak, i + 1))
         breaks.push_back(i);
     breaks.push_back(all.size());

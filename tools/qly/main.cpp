@@ -1,22 +1,19 @@
 // qly: the project's command-line tool. Runs the framework's conversions end to end.
 #include <QCoreApplication>
-#include <QGuiApplication>
-#include <cstring>
-#include <memory>
 #include <QDir>
 #include <QFile>
-#include <unistd.h>
+#include <QGuiApplication>
 #include <QStringConverter>
 #include <cstdio>
+#include <cstring>
+#include <memory>
+#include <unistd.h>
 
 #include "Commands.h"
 
 namespace qly::tool {
 
-void printError(const QString& message)
-{
-    std::fprintf(stderr, "qly: %s\n", message.toUtf8().constData());
-}
+void printError(const QString& message) { std::fprintf(stderr, "qly: %s\n", message.toUtf8().constData()); }
 
 void printOut(const QString& text)
 {
@@ -41,35 +38,34 @@ bool readTextFile(const QString& path, QString& text, QString& message)
 
 namespace {
 
-const char* const Usage =
-    "usage: qly COMMAND [ARGS...]\n"
-    "\n"
-    "commands:\n"
-    "  stats FILE...     words and characters (UTF-16 units) of UTF-8 text files:\n"
-    "                    words<TAB>characters<TAB>path, and a total line for several files\n"
-    "  comments FILE     the comments of a comments side file, one per line:\n"
-    "                    ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text\n"
-    "  convert IN -o OUT [--to rtf|txt]\n"
-    "                    converts between RTF and plain text (UTF-8), by the files'\n"
-    "                    extensions (.rtf, .txt); --to names the output format\n"
-    "  convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml]\n"
-    "          [--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME]\n"
-    "          [--annotations-as-footnotes]\n"
-    "                    exports a stored text (RTF with note tags) for word processors:\n"
-    "                    real footnotes, endnotes, comments, bookmarks, sections, pictures;\n"
-    "                    comments come from --comments or IN.comments.xml beside IN;\n"
-    "                    --option sets an XQRTF... option (yes/no, numbers, texts);\n"
-    "                    --annotations-as-footnotes writes annotations as footnotes;\n"
-    "                    paper and margins in points; links qlybookmark:NAME,\n"
-    "                    qlypageref:NAME and qlypicture:FILE become bookmarks, page\n"
-    "                    references and pictures; page breaks start sections\n"
-    "  notes FILE        the notes tagged in a UTF-8 text, one per line in text order:\n"
-    "                    annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
-    "                    (UTF-16 units of the text without its tags; line breaks as \\n)\n"
-    "\n"
-    "options:\n"
-    "  --help            this text\n"
-    "  --version         the version\n";
+const char* const Usage = "usage: qly COMMAND [ARGS...]\n"
+                          "\n"
+                          "commands:\n"
+                          "  stats FILE...     words and characters (UTF-16 units) of UTF-8 text files:\n"
+                          "                    words<TAB>characters<TAB>path, and a total line for several files\n"
+                          "  comments FILE     the comments of a comments side file, one per line:\n"
+                          "                    ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text\n"
+                          "  convert IN -o OUT [--to rtf|txt]\n"
+                          "                    converts between RTF and plain text (UTF-8), by the files'\n"
+                          "                    extensions (.rtf, .txt); --to names the output format\n"
+                          "  convert IN.rtf -o OUT.rtf --to word-rtf [--comments FILE.xml]\n"
+                          "          [--option NAME=VALUE]... [--paper WxH] [--margins L,R,T,B] [--author NAME]\n"
+                          "          [--annotations-as-footnotes]\n"
+                          "                    exports a stored text (RTF with note tags) for word processors:\n"
+                          "                    real footnotes, endnotes, comments, bookmarks, sections, pictures;\n"
+                          "                    comments come from --comments or IN.comments.xml beside IN;\n"
+                          "                    --option sets an XQRTF... option (yes/no, numbers, texts);\n"
+                          "                    --annotations-as-footnotes writes annotations as footnotes;\n"
+                          "                    paper and margins in points; links qlybookmark:NAME,\n"
+                          "                    qlypageref:NAME and qlypicture:FILE become bookmarks, page\n"
+                          "                    references and pictures; page breaks start sections\n"
+                          "  notes FILE        the notes tagged in a UTF-8 text, one per line in text order:\n"
+                          "                    annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
+                          "                    (UTF-16 units of the text without its tags; line breaks as \\n)\n"
+                          "\n"
+                          "options:\n"
+                          "  --help            this text\n"
+                          "  --version         the version\n";
 
 } // namespace
 
@@ -87,7 +83,8 @@ int main(int argc, char** argv)
     if (needsGui && qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
         const QByteArray dir = QDir::tempPath().toUtf8() + "/qly-runtime-" + QByteArray::number(getuid());
         if (QDir().mkpath(QString::fromUtf8(dir)))
-            QFile::setPermissions(QString::fromUtf8(dir), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+            QFile::setPermissions(QString::fromUtf8(dir),
+                                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         qputenv("XDG_RUNTIME_DIR", dir);
     }
     std::unique_ptr<QCoreApplication> app(needsGui ? new QGuiApplication(argc, argv)

@@ -5,8 +5,8 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 
 namespace qly {
 

@@ -34,7 +34,8 @@ QString withoutMarker(const QString& line, bool ours)
 {
     if (ours)
         return line.mid(line.indexOf(QLatin1Char('\t')) + 1);
-    const QString trimmed = line.trimmed().isEmpty() ? line : line.mid(line.indexOf(QRegularExpression(QStringLiteral("\\S"))));
+    const QString trimmed =
+        line.trimmed().isEmpty() ? line : line.mid(line.indexOf(QRegularExpression(QStringLiteral("\\S"))));
     return trimmed.mid(trimmed.indexOf(QLatin1Char(' ')) + 1);
 }
 
@@ -46,7 +47,7 @@ void expectSamePlainText(const QString& name)
     if (theirs.startsWith(QChar(0xFEFF)))
         theirs.remove(0, 1);
     QString ours = text.string();
-    ours.replace(QChar(0x2028), QLatin1Char('\n'));   // plain text breaks lines with line feeds
+    ours.replace(QChar(0x2028), QLatin1Char('\n')); // plain text breaks lines with line feeds
     const QStringList ourLines = ours.split(QLatin1Char('\n')), theirLines = theirs.split(QLatin1Char('\n'));
     ASSERT_EQ(ourLines.size(), theirLines.size()) << ours.toStdString();
     qsizetype offset = 0;
@@ -97,7 +98,8 @@ TEST(RTFFixtures, CharacterAndParagraphFormattingOfStyles)
 
     const Color red = attributesOf(text, QStringLiteral("red and")).value(ForegroundColorAttributeName).value<Color>();
     EXPECT_EQ(red, Color(192 / 255.0, 0, 0));
-    const Color yellow = attributesOf(text, QStringLiteral("highlighted")).value(BackgroundColorAttributeName).value<Color>();
+    const Color yellow =
+        attributesOf(text, QStringLiteral("highlighted")).value(BackgroundColorAttributeName).value<Color>();
     EXPECT_EQ(yellow, Color(1, 1, 0));
 
     EXPECT_EQ(styleAt(text, text.string().indexOf(QStringLiteral("A centred"))).alignment(), CenterTextAlignment);
@@ -111,9 +113,11 @@ TEST(RTFFixtures, CharacterAndParagraphFormattingOfStyles)
     EXPECT_EQ(justified.firstLineHeadIndent(), 36.0);
 
     EXPECT_LT(attributesOf(text, QStringLiteral("2O")).value(SuperscriptAttributeName).toInt()
-                  + attributesOf(text, QStringLiteral("2O")).value(BaselineOffsetAttributeName).toDouble(), 0.0);
+                  + attributesOf(text, QStringLiteral("2O")).value(BaselineOffsetAttributeName).toDouble(),
+              0.0);
     EXPECT_GT(attributesOf(text, QStringLiteral("2;")).value(SuperscriptAttributeName).toInt()
-                  + attributesOf(text, QStringLiteral("2;")).value(BaselineOffsetAttributeName).toDouble(), 0.0);
+                  + attributesOf(text, QStringLiteral("2;")).value(BaselineOffsetAttributeName).toDouble(),
+              0.0);
     EXPECT_EQ(fontOf(text, QStringLiteral("large")).pointSize(), 18.0);
     EXPECT_EQ(fontOf(text, QStringLiteral("small")).pointSize(), 8.0);
     EXPECT_EQ(styleAt(text, text.string().indexOf(QStringLiteral("Chapter One"))).headerLevel(), 1);
@@ -175,7 +179,7 @@ TEST(RTFFixtures, LinksCoverTheirText)
     EXPECT_EQ(text.attribute(LinkAttributeName, s.indexOf(QStringLiteral("someone"))).toString(),
               QStringLiteral("mailto:someone@example.org"));
     EXPECT_EQ(text.attribute(LinkAttributeName, s.indexOf(QStringLiteral("bold link"))).toString(),
-              QStringLiteral("https://example.org/caf\u00e9"));   // the suite writes the address decoded
+              QStringLiteral("https://example.org/caf\u00e9")); // the suite writes the address decoded
     EXPECT_TRUE(fontOf(text, QStringLiteral("bold link")).isBold());
     EXPECT_FALSE(text.attribute(LinkAttributeName, s.indexOf(QStringLiteral("for details"))).isValid());
 }

@@ -2,11 +2,11 @@
 #include "RTFTestSupport.h"
 
 #include <QElapsedTimer>
-#include <cctype>
 #include <QRandomGenerator>
+#include <cctype>
 
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFTokenizer_p.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 using namespace qly;
 using namespace qly::rtftest;
@@ -42,16 +42,16 @@ TEST(RTFMalformed, TokenizerCutsEveryKindOfToken)
     expectToken(K::ControlWord, "fs", -24, true);
     expectToken(K::Text, "x");
     EXPECT_EQ(expectToken(K::HexByte).byte, 0xE9);
-    EXPECT_EQ(expectToken(K::ControlSymbol).symbol, '\'');   // invalid hex digits
+    EXPECT_EQ(expectToken(K::ControlSymbol).symbol, '\''); // invalid hex digits
     expectToken(K::Text, "zz");
     EXPECT_EQ(expectToken(K::ControlSymbol).symbol, '*');
     expectToken(K::ControlWord, "par");
-    expectToken(K::Binary, "{}}");                            // binary bytes are not markup
+    expectToken(K::Binary, "{}}"); // binary bytes are not markup
     expectToken(K::Text, "y");
     const rtf::Token longWord = expectToken(K::ControlWord, {}, 7, true);
     EXPECT_EQ(longWord.text.size(), size_t(rtf::Tokenizer::MaxWordLength));
     expectToken(K::GroupEnd);
-    expectToken(K::End);   // a lone backslash at the end
+    expectToken(K::End); // a lone backslash at the end
     expectToken(K::End);
 }
 
@@ -105,17 +105,17 @@ TEST(RTFMalformed, DeepNestingHugeParametersBinaryAndBadCodePoints)
     for (int i = 0; i < 100000; ++i)
         formatted += "{\\b ";
     formatted += "x";
-    const std::optional<AttributedString> bold = parse(formatted);   // never closed
+    const std::optional<AttributedString> bold = parse(formatted); // never closed
     ASSERT_TRUE(bold);
     EXPECT_EQ(bold->string(), QStringLiteral("x"));
     EXPECT_TRUE(bold->attribute(FontAttributeName, 0).value<Font>().isBold());
     // Skipped destinations nest too.
     EXPECT_EQ(parse("{\\rtf1 {\\*\\x " + QByteArray(100000, '{') + "}a")->string(), QString());
 
-    const std::optional<AttributedString> huge = parse(
-        "{\\rtf1{\\fonttbl{\\f99999999999999999999 X;}}\\f99999999999999999999\\fs99999999999 a\\fs-99999999999 b"
-        "\\uc99999999999 \\u99999999999 cd\\uc1\\u-99999999999 e\\cf2147483647\\cb-2147483648\\li99999999999 "
-        "\\tx-5\\ls2147483647\\ilvl-7\\itap99999999 f\\cell\\nestcell\\row\\nestrow\\cellx99999999999 g}");
+    const std::optional<AttributedString> huge =
+        parse("{\\rtf1{\\fonttbl{\\f99999999999999999999 X;}}\\f99999999999999999999\\fs99999999999 a\\fs-99999999999 b"
+              "\\uc99999999999 \\u99999999999 cd\\uc1\\u-99999999999 e\\cf2147483647\\cb-2147483648\\li99999999999 "
+              "\\tx-5\\ls2147483647\\ilvl-7\\itap99999999 f\\cell\\nestcell\\row\\nestrow\\cellx99999999999 g}");
     ASSERT_TRUE(huge);
     EXPECT_TRUE(huge->checkInvariants());
     // \bin data of any length, including past the end of the input, is skipped.
@@ -126,7 +126,7 @@ TEST(RTFMalformed, DeepNestingHugeParametersBinaryAndBadCodePoints)
     // Lone surrogates and unknown code pages do not break the text.
     const std::optional<AttributedString> odd = parse("{\\rtf1\\ansicpg77777 \\u55357 x\\'ff\\'fe\\u-1 }");
     ASSERT_TRUE(odd);
-    EXPECT_EQ(odd->length(), 4);   // the "x" is the fallback of the first \u
+    EXPECT_EQ(odd->length(), 4); // the "x" is the fallback of the first \u
     EXPECT_LT(timer.elapsed(), 20000);
 }
 
@@ -134,16 +134,23 @@ TEST(RTFMalformed, RandomBytesAndMutationsNeverCrash)
 {
     QRandomGenerator rng(7);
     const QByteArray seed = write(AttributedString(QStringLiteral("Mixed caf\u00e9 text\nwith {braces}\tand tabs")));
-    static const char* pieces[] = {"{", "}", "\\", "\\'", "\\u", "\\bin", "\\*", "\\fonttbl", "\\field", "\\fldinst",
-                                   "\\listtable", "\\leveltext", "\\cell", "\\row", "\\uc", "-", "9", ";", "\\par"};
+    static const char* pieces[] = {"{",         "}",       "\\",        "\\'",         "\\u",         "\\bin",  "\\*",
+                                   "\\fonttbl", "\\field", "\\fldinst", "\\listtable", "\\leveltext", "\\cell", "\\row",
+                                   "\\uc",      "-",       "9",         ";",           "\\par"};
     for (int round = 0; round < 3000; ++round) {
         QByteArray data = seed;
         for (int m = 0, n = rng.bounded(1, 8); m < n; ++m) {
             const qsizetype at = rng.bounded(int(data.size()) + 1);
             switch (rng.bounded(3)) {
-            case 0: data.insert(at, pieces[rng.bounded(19)]); break;
-            case 1: data.remove(at, rng.bounded(1, 6)); break;
-            default: data.insert(at, char(rng.bounded(256))); break;
+            case 0:
+                data.insert(at, pieces[rng.bounded(19)]);
+                break;
+            case 1:
+                data.remove(at, rng.bounded(1, 6));
+                break;
+            default:
+                data.insert(at, char(rng.bounded(256)));
+                break;
             }
         }
         const std::optional<AttributedString> text = parse(data);

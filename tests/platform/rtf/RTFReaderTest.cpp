@@ -36,14 +36,16 @@ TEST(RTFReader, CodePagesHexBytesAndUnicode)
                                 "\\f0 \\'cf\\'f0\\'e8\\'e2\\'e5\\'f2 \\f2 \\'e1 \\f1 \\'e9}";
     // Charset 0 takes the document's code page (1251 here).
     EXPECT_EQ(read(cyrillic).string(), QStringLiteral("\u041f\u0440\u0438\u0432\u0435\u0442 \u03b1 \u0439"));
-    const QByteArray japanese = "{\\rtf1\\ansi{\\fonttbl{\\f0\\fnil\\fcharset128 MS Mincho;}}\\f0 \\'93\\'fa\\'96\\'7b}";
+    const QByteArray japanese =
+        "{\\rtf1\\ansi{\\fonttbl{\\f0\\fnil\\fcharset128 MS Mincho;}}\\f0 \\'93\\'fa\\'96\\'7b}";
     EXPECT_EQ(read(japanese).string(), QStringLiteral("\u65e5\u672c"));
     // \u with the \uc count of fallback characters to skip: hex bytes, text and control words count one.
     EXPECT_EQ(readBody("\\uc1\\u8226\\'95 a\\u-3913 ?b{\\uc2\\u1044 xx}c\\u1044\\'3f\\uc0\\u8212 d").string(),
               QStringLiteral("\u2022 a\uf0b7b\u0414c\u0414\u2014d"));
     EXPECT_EQ(readBody("\\u55357\\'3f\\u56832\\'3f").string(), QStringLiteral("\U0001F600"));
     // The Unicode alternative of \upr is read, the 8-bit one not.
-    EXPECT_EQ(readBody("{\\upr{caf\\'e9}{\\*\\ud{caf\\u233 e}}}!").string(), QStringLiteral("caf\u00e9!"));   // the "e" is the fallback of \u233
+    EXPECT_EQ(readBody("{\\upr{caf\\'e9}{\\*\\ud{caf\\u233 e}}}!").string(),
+              QStringLiteral("caf\u00e9!")); // the "e" is the fallback of \u233
 }
 
 TEST(RTFReader, SpecialCharactersAndBreaks)
@@ -58,11 +60,13 @@ TEST(RTFReader, SpecialCharactersAndBreaks)
 
 TEST(RTFReader, PlainTextTagsComeThroughExactly)
 {
-    const AttributedString text = readBody(
-        "{\\pard\\plain \\{\\\\QLRY_FN={footnote text}\\pard\\plain \\\\END_QLRY_FN\\}}"
-        " <<**JVT_FN1_START_TAG(\\\\b0\\\\i0\\\\ul0 )**>> \\{\\\\QLRY_ANNOT \\\\COLOR=\\{\\\\R=1.0\\\\G=0.0\\\\B=0.0\\}");
-    EXPECT_EQ(text.string(), QStringLiteral("{\\QLRY_FN=footnote text\\END_QLRY_FN} <<**JVT_FN1_START_TAG(\\b0\\i0\\ul0 )**>> "
-                                            "{\\QLRY_ANNOT \\COLOR={\\R=1.0\\G=0.0\\B=0.0}"));
+    const AttributedString text =
+        readBody("{\\pard\\plain \\{\\\\QLRY_FN={footnote text}\\pard\\plain \\\\END_QLRY_FN\\}}"
+                 " <<**JVT_FN1_START_TAG(\\\\b0\\\\i0\\\\ul0 )**>> \\{\\\\QLRY_ANNOT "
+                 "\\\\COLOR=\\{\\\\R=1.0\\\\G=0.0\\\\B=0.0\\}");
+    EXPECT_EQ(text.string(),
+              QStringLiteral("{\\QLRY_FN=footnote text\\END_QLRY_FN} <<**JVT_FN1_START_TAG(\\b0\\i0\\ul0 )**>> "
+                             "{\\QLRY_ANNOT \\COLOR={\\R=1.0\\G=0.0\\B=0.0}"));
 }
 
 TEST(RTFReader, CharacterFormattingAndResets)
@@ -115,7 +119,7 @@ TEST(RTFReader, ParagraphFormatting)
     EXPECT_EQ(one.maximumLineHeight(), 14.0);
     const QVector<TextTab> tabs{{LeftTextAlignment, 72}, {RightTextAlignment, 250}, {CenterTextAlignment, 150}};
     EXPECT_EQ(one.tabStops(), tabs);
-    EXPECT_EQ(one, two);   // \par keeps the paragraph formatting
+    EXPECT_EQ(one, two); // \par keeps the paragraph formatting
     EXPECT_EQ(three.alignment(), JustifiedTextAlignment);
     EXPECT_EQ(three.lineHeightMultiple(), 1.5);
     EXPECT_EQ(three.headIndent(), 0.0);
@@ -131,8 +135,10 @@ TEST(RTFReader, FieldsListsAndUnknownDestinations)
         "{\\*\\generator Some Writer;}{\\*\\unknowndest {skipped} text}{\\stylesheet{\\s0 Normal;}}"
         "{\\header header text\\par}{\\*\\bkmkstart mark}"
         "see {\\field{\\*\\fldinst{HYPERLINK \"https://example.com/a b\" \\\\o \"tip\"}}{\\fldrslt {\\ul here}}} or "
-        "{\\field{\\*\\fldinst{HYPERLINK \\\\l \"Chapter\"}}{\\fldrslt there}} at {\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}."
-        "\\unknownword42 {\\pict\\pngblip 89504e47}{\\footnote skipped note}{\\*\\shppict{\\pict 00}}{\\nonshppict{\\pict 00}}");
+        "{\\field{\\*\\fldinst{HYPERLINK \\\\l \"Chapter\"}}{\\fldrslt there}} at {\\field{\\*\\fldinst "
+        "PAGE}{\\fldrslt 7}}."
+        "\\unknownword42 {\\pict\\pngblip 89504e47}{\\footnote skipped note}{\\*\\shppict{\\pict "
+        "00}}{\\nonshppict{\\pict 00}}");
     const QString s = text.string();
     ASSERT_EQ(s, QStringLiteral("see here or there at 7."));
     EXPECT_EQ(text.attribute(LinkAttributeName, 4).toString(), QStringLiteral("https://example.com/a b"));
@@ -162,12 +168,13 @@ TEST(RTFReader, FieldsListsAndUnknownDestinations)
 
 TEST(RTFReader, TablesAndNestedTables)
 {
-    const AttributedString text = readBody(
-        "\\trowd\\cellx2000\\clcbpat1\\cellx4000\\pard\\intbl a\\cell b1\\par b2\\cell\\row"
-        "\\trowd\\cellx2000\\cellx4000\\pard\\intbl c\\cell\\pard\\intbl\\itap2 n1\\nestcell n2\\nestcell"
-        "{\\*\\nesttableprops\\trowd\\cellx1000\\cellx2000\\nestrow}{\\nonesttables\\par}\\pard\\intbl\\itap1\\cell\\row"
-        "\\pard after",
-        "{\\colortbl;\\red0\\green128\\blue0;}");
+    const AttributedString text =
+        readBody("\\trowd\\cellx2000\\clcbpat1\\cellx4000\\pard\\intbl a\\cell b1\\par b2\\cell\\row"
+                 "\\trowd\\cellx2000\\cellx4000\\pard\\intbl c\\cell\\pard\\intbl\\itap2 n1\\nestcell n2\\nestcell"
+                 "{\\*\\nesttableprops\\trowd\\cellx1000\\cellx2000\\nestrow}{\\nonesttables\\par}"
+                 "\\pard\\intbl\\itap1\\cell\\row"
+                 "\\pard after",
+                 "{\\colortbl;\\red0\\green128\\blue0;}");
     EXPECT_EQ(text.string(), QStringLiteral("a\nb1\nb2\nc\nn1\nn2\n\nafter"));
     auto blocks = [&](qsizetype i) { return styleAt(text, i).textBlocks(); };
     ASSERT_EQ(blocks(0).size(), 1);
@@ -176,7 +183,7 @@ TEST(RTFReader, TablesAndNestedTables)
     EXPECT_EQ(table->numberOfColumns, 2);
     EXPECT_EQ(blocks(2)[0].startingColumn, 1);
     EXPECT_EQ(blocks(2)[0].backgroundColor, Color(0, 128 / 255.0, 0));
-    EXPECT_EQ(blocks(5)[0].startingColumn, 1);   // b1 and b2 share a cell
+    EXPECT_EQ(blocks(5)[0].startingColumn, 1); // b1 and b2 share a cell
     EXPECT_EQ(blocks(8)[0].startingRow, 1);
     ASSERT_EQ(blocks(10).size(), 2);
     EXPECT_EQ(blocks(10)[0].table, table);

@@ -7,10 +7,10 @@
 #include <map>
 #include <tuple>
 
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 using namespace qly;
 using namespace qly::rtftest;
@@ -29,8 +29,9 @@ Attributes randomCharacterAttributes(QRandomGenerator& rng)
     static const char* families[] = {"Helvetica", "Times", "Courier", "Liberation Sans", "Gill Sans"};
     static const double sizes[] = {9, 10.5, 12, 14, 18, 24};
     Attributes a;
-    a.insert(FontAttributeName, QVariant::fromValue(Font::fromFamily(QLatin1String(families[rng.bounded(5)]),
-                                                                      sizes[rng.bounded(6)], rng.bounded(4))));
+    a.insert(FontAttributeName,
+             QVariant::fromValue(
+                 Font::fromFamily(QLatin1String(families[rng.bounded(5)]), sizes[rng.bounded(6)], rng.bounded(4))));
     if (rng.bounded(3) == 0)
         a.insert(ForegroundColorAttributeName, QVariant::fromValue(randomColor(rng)));
     if (rng.bounded(4) == 0)
@@ -50,8 +51,9 @@ Attributes randomCharacterAttributes(QRandomGenerator& rng)
     if (rng.bounded(5) == 0)
         a.insert(KernAttributeName, rng.bounded(2) ? 1.2 : -0.25);
     if (rng.bounded(6) == 0)
-        a.insert(LinkAttributeName, rng.bounded(2) ? QStringLiteral("https://example.com/a?b=1&c=%C3%A9")
-                                                   : QStringLiteral("quillcmt://4F2A-Case-Sensitive"));
+        a.insert(LinkAttributeName,
+                 rng.bounded(2) ? QStringLiteral("https://example.com/a?b=1&c=%C3%A9")
+                                : QStringLiteral("quillcmt://4F2A-Case-Sensitive"));
     return a;
 }
 
@@ -70,12 +72,26 @@ ParagraphStyle randomParagraphStyle(QRandomGenerator& rng)
         s.setParagraphSpacing(rng.bounded(30) * 0.5);
     }
     switch (rng.bounded(6)) {
-    case 0: s.setLineHeightMultiple(1.5); break;
-    case 1: s.setLineHeightMultiple(1.25); s.setMaximumLineHeight(30); break;
-    case 2: s.setMinimumLineHeight(14); break;
-    case 3: s.setMinimumLineHeight(16); s.setMaximumLineHeight(16); break;
-    case 4: s.setMinimumLineHeight(12); s.setMaximumLineHeight(20); break;
-    default: break;
+    case 0:
+        s.setLineHeightMultiple(1.5);
+        break;
+    case 1:
+        s.setLineHeightMultiple(1.25);
+        s.setMaximumLineHeight(30);
+        break;
+    case 2:
+        s.setMinimumLineHeight(14);
+        break;
+    case 3:
+        s.setMinimumLineHeight(16);
+        s.setMaximumLineHeight(16);
+        break;
+    case 4:
+        s.setMinimumLineHeight(12);
+        s.setMaximumLineHeight(20);
+        break;
+    default:
+        break;
     }
     if (rng.bounded(3) == 0)
         s.setLineSpacing(rng.bounded(1, 10) * 0.5);
@@ -86,10 +102,14 @@ ParagraphStyle randomParagraphStyle(QRandomGenerator& rng)
         s.setTabStops(tabs);
     }
     if (rng.bounded(4) == 0) {
-        static const char* formats[] = {"{disc}", "{decimal}.", "({lower-roman})", "{upper-alpha})", "{circle}", "\u2192"};
+        static const char* formats[] = {"{disc}",         "{decimal}.", "({lower-roman})",
+                                        "{upper-alpha})", "{circle}",   "\u2192"};
         QVector<TextList> lists;
         // Only a numbered level inside a numbered level can include the enclosing number.
-        auto numbered = [](const QString& f) { return f.contains(QLatin1String("decimal")) || f.contains(QLatin1String("roman")) || f.contains(QLatin1String("alpha")); };
+        auto numbered = [](const QString& f) {
+            return f.contains(QLatin1String("decimal")) || f.contains(QLatin1String("roman"))
+                || f.contains(QLatin1String("alpha"));
+        };
         for (int i = 0, n = rng.bounded(1, 4); i < n; ++i) {
             const QString format = QString::fromUtf8(formats[rng.bounded(6)]);
             const bool prepend = i > 0 && numbered(format) && numbered(lists.last().markerFormat) && rng.bounded(2);
@@ -104,9 +124,10 @@ ParagraphStyle randomParagraphStyle(QRandomGenerator& rng)
 
 QString randomWord(QRandomGenerator& rng)
 {
-    static const char16_t* words[] = {u"manuscript", u"caf\u00e9", u"\u4e2d\u6587", u"\U0001F600ok", u"a\tb",
-                                      u"page\u000c", u"line\u2028next", u"back\\slash", u"{brace}",
-                                      u"{\\QLRY_FN=", u"\\END_QLRY_FN}", u"\u00a0nbsp", u"--", u"\u201cq\u201d"};
+    static const char16_t* words[] = {u"manuscript", u"caf\u00e9",    u"\u4e2d\u6587",   u"\U0001F600ok",
+                                      u"a\tb",       u"page\u000c",   u"line\u2028next", u"back\\slash",
+                                      u"{brace}",    u"{\\QLRY_FN=",  u"\\END_QLRY_FN}", u"\u00a0nbsp",
+                                      u"--",         u"\u201cq\u201d"};
     return QString::fromUtf16(words[rng.bounded(14)]);
 }
 
@@ -148,8 +169,10 @@ TEST(RTFRoundTrip, GeneratedTextsComeBackEqual)
 TEST(RTFRoundTrip, DocumentAttributesComeBack)
 {
     const QVariantMap attributes{{PaperSizeDocumentAttribute, QSizeF(595.3, 841.9)},
-                                 {LeftMarginDocumentAttribute, 72.0}, {RightMarginDocumentAttribute, 54.5},
-                                 {TopMarginDocumentAttribute, 36.0}, {BottomMarginDocumentAttribute, 90.0},
+                                 {LeftMarginDocumentAttribute, 72.0},
+                                 {RightMarginDocumentAttribute, 54.5},
+                                 {TopMarginDocumentAttribute, 36.0},
+                                 {BottomMarginDocumentAttribute, 90.0},
                                  {AuthorDocumentAttribute, QStringLiteral("Zo\u00eb {Writer}")}};
     QVariantMap read_;
     const AttributedString text(QStringLiteral("x"));
@@ -165,7 +188,8 @@ TEST(RTFRoundTrip, DocumentAttributesComeBack)
 TEST(RTFRoundTrip, ColoursComeBackToOneIn255)
 {
     const Color odd(0.123456, 0.5, 0.999);
-    const AttributedString text(QStringLiteral("tinted"), Attributes{{ForegroundColorAttributeName, QVariant::fromValue(odd)}});
+    const AttributedString text(QStringLiteral("tinted"),
+                                Attributes{{ForegroundColorAttributeName, QVariant::fromValue(odd)}});
     const Color back = read(write(text)).attribute(ForegroundColorAttributeName, 0).value<Color>();
     EXPECT_NEAR(back.redComponent(), odd.redComponent(), 0.5 / 255);
     EXPECT_NEAR(back.greenComponent(), odd.greenComponent(), 0.5 / 255);
@@ -206,8 +230,10 @@ TEST(RTFRoundTrip, TablesKeepTheirCellsRowsWidthsAndColours)
     // Tables map one to one (new objects, same grouping), blocks keep rows, columns, widths, colours.
     std::map<const TextTable*, const TextTable*> tables;
     for (qsizetype i = 0; i < text.length(); ++i) {
-        const QVector<TextBlock> want = text.attribute(ParagraphStyleAttributeName, i).value<ParagraphStyle>().textBlocks();
-        const QVector<TextBlock> got = back.attribute(ParagraphStyleAttributeName, i).value<ParagraphStyle>().textBlocks();
+        const QVector<TextBlock> want =
+            text.attribute(ParagraphStyleAttributeName, i).value<ParagraphStyle>().textBlocks();
+        const QVector<TextBlock> got =
+            back.attribute(ParagraphStyleAttributeName, i).value<ParagraphStyle>().textBlocks();
         ASSERT_EQ(want.size(), got.size()) << i;
         if (want.isEmpty())
             continue;
@@ -217,7 +243,9 @@ TEST(RTFRoundTrip, TablesKeepTheirCellsRowsWidthsAndColours)
         auto [it, inserted] = tables.emplace(w.table.get(), g.table.get());
         EXPECT_EQ(it->second, g.table.get()) << i;
         EXPECT_EQ(g.table->numberOfColumns, w.table->numberOfColumns);
-        EXPECT_EQ(std::tuple(g.startingRow, g.startingColumn, g.contentWidth), std::tuple(w.startingRow, w.startingColumn, w.contentWidth)) << i;
+        EXPECT_EQ(std::tuple(g.startingRow, g.startingColumn, g.contentWidth),
+                  std::tuple(w.startingRow, w.startingColumn, w.contentWidth))
+            << i;
         if (w.backgroundColor.alphaComponent() > 0)
             EXPECT_EQ(g.backgroundColor, w.backgroundColor) << i;
         else

@@ -5,12 +5,12 @@
 
 #include <QVariantMap>
 
+#include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/rtf/RTFWriter.h>
 #include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/platform/rtf/RTFWriter.h>
 
 namespace qly::rtftest {
 
@@ -36,10 +36,20 @@ inline QString describe(const ParagraphStyle& s)
         lists << QStringLiteral("%1/%2/%3").arg(l.markerFormat).arg(l.options).arg(l.startingItemNumber);
     return QStringLiteral("align %1 first %2 head %3 tail %4 spacing %5/%6 line %7 min %8 max %9 multiple %10 "
                           "tabs [%11] lists [%12] blocks %13 header %14")
-        .arg(int(s.alignment())).arg(s.firstLineHeadIndent()).arg(s.headIndent()).arg(s.tailIndent())
-        .arg(s.paragraphSpacingBefore()).arg(s.paragraphSpacing()).arg(s.lineSpacing()).arg(s.minimumLineHeight())
-        .arg(s.maximumLineHeight()).arg(s.lineHeightMultiple()).arg(tabs.join(QLatin1Char(' ')))
-        .arg(lists.join(QLatin1Char(' '))).arg(s.textBlocks().size()).arg(s.headerLevel());
+        .arg(int(s.alignment()))
+        .arg(s.firstLineHeadIndent())
+        .arg(s.headIndent())
+        .arg(s.tailIndent())
+        .arg(s.paragraphSpacingBefore())
+        .arg(s.paragraphSpacing())
+        .arg(s.lineSpacing())
+        .arg(s.minimumLineHeight())
+        .arg(s.maximumLineHeight())
+        .arg(s.lineHeightMultiple())
+        .arg(tabs.join(QLatin1Char(' ')))
+        .arg(lists.join(QLatin1Char(' ')))
+        .arg(s.textBlocks().size())
+        .arg(s.headerLevel());
 }
 
 inline QString describe(const QVariant& v)
@@ -52,8 +62,11 @@ inline QString describe(const QVariant& v)
     }
     if (v.metaType() == QMetaType::fromType<Color>()) {
         const Color c = v.value<Color>();
-        return QStringLiteral("rgba(%1, %2, %3, %4)").arg(c.redComponent()).arg(c.greenComponent())
-            .arg(c.blueComponent()).arg(c.alphaComponent());
+        return QStringLiteral("rgba(%1, %2, %3, %4)")
+            .arg(c.redComponent())
+            .arg(c.greenComponent())
+            .arg(c.blueComponent())
+            .arg(c.alphaComponent());
     }
     return QString::fromLatin1(v.typeName()) + QLatin1Char(' ') + v.toString();
 }

@@ -21,9 +21,10 @@ TEST(RTFWriter, HeaderTablesAndPageControlsComeInOrder)
     Attributes bold = fontAttributes(Font::fromFamily(QStringLiteral("Helvetica"), 14, BoldFontMask));
     bold.insert(ForegroundColorAttributeName, QVariant::fromValue(Color(1, 0, 0)));
     text.append(QStringLiteral("two"), bold);
-    const QVariantMap page{{PaperSizeDocumentAttribute, QSizeF(612, 792)}, {LeftMarginDocumentAttribute, 90.0},
-                           {RightMarginDocumentAttribute, 90.0}, {TopMarginDocumentAttribute, 72.0},
-                           {BottomMarginDocumentAttribute, 72.0}, {AuthorDocumentAttribute, QStringLiteral("Ann")}};
+    const QVariantMap page{
+        {PaperSizeDocumentAttribute, QSizeF(612, 792)}, {LeftMarginDocumentAttribute, 90.0},
+        {RightMarginDocumentAttribute, 90.0},           {TopMarginDocumentAttribute, 72.0},
+        {BottomMarginDocumentAttribute, 72.0},          {AuthorDocumentAttribute, QStringLiteral("Ann")}};
     const QByteArray rtf = write(text, page);
     EXPECT_TRUE(rtf.startsWith("{\\rtf1\\ansi\\ansicpg1252\\cocoartf")) << rtf.constData();
     EXPECT_TRUE(rtf.endsWith("}"));
@@ -85,7 +86,8 @@ TEST(RTFWriter, ParagraphControlsListsLinksTablesAndBackgrounds)
         << rtf.constData();
     EXPECT_TRUE(rtf.contains("{\\leveltext\\'02\\'00.;}")) << rtf.constData();
     EXPECT_TRUE(rtf.contains("{\\listtext\\tab 1.\\tab }")) << rtf.constData();
-    EXPECT_TRUE(rtf.contains("{\\field{\\*\\fldinst{HYPERLINK \"https://example.com/x\"}}{\\fldrslt ")) << rtf.constData();
+    EXPECT_TRUE(rtf.contains("{\\field{\\*\\fldinst{HYPERLINK \"https://example.com/x\"}}{\\fldrslt "))
+        << rtf.constData();
     EXPECT_TRUE(rtf.contains("\\cb2")) << rtf.constData();
 
     ParagraphStyle cell;
@@ -98,7 +100,8 @@ TEST(RTFWriter, ParagraphControlsListsLinksTablesAndBackgrounds)
     cell.setTextBlocks({right});
     cells.append(QStringLiteral("R\n"), {{ParagraphStyleAttributeName, QVariant::fromValue(cell)}});
     const QByteArray tableRTF = write(cells);
-    EXPECT_TRUE(tableRTF.contains("\\trowd\\trgaph108\\trleft-108\\clwWidth2000\\clftsWidth3\\cellx2000\\clcbpat2\\cellx6320"))
+    EXPECT_TRUE(
+        tableRTF.contains("\\trowd\\trgaph108\\trleft-108\\clwWidth2000\\clftsWidth3\\cellx2000\\clcbpat2\\cellx6320"))
         << tableRTF.constData();
     EXPECT_TRUE(tableRTF.contains("\\intbl\\itap1\n")) << tableRTF.constData();
     EXPECT_TRUE(tableRTF.contains("L\\cell")) << tableRTF.constData();

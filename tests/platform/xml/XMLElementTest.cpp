@@ -19,7 +19,9 @@ TEST(XMLElement, PugiStringConversionsUseUtf8)
 {
     const QString text = u"Grüße, 😀 & <tags>"_qs;
     const std::string bytes = toPugiString(text);
-    EXPECT_EQ(bytes, "Gr\xC3\xBC\xC3\x9F" "e, \xF0\x9F\x98\x80 & <tags>");
+    EXPECT_EQ(bytes,
+              "Gr\xC3\xBC\xC3\x9F"
+              "e, \xF0\x9F\x98\x80 & <tags>");
     EXPECT_EQ(fromPugiString(bytes.c_str()), text);
     EXPECT_EQ(fromPugiString(nullptr), u"");
     EXPECT_EQ(toPugiString(QString()), "");

@@ -1,5 +1,5 @@
-#include <qlyappkit/platform/xml/XMLElement.h>
 #include "support/TestFiles.h"
+#include <qlyappkit/platform/xml/XMLElement.h>
 
 using namespace qly::testfiles;
 #include <qlyappkit/platform/xml/XMLFile.h>
@@ -9,7 +9,6 @@ using namespace qly::testfiles;
 #include <QTemporaryDir>
 
 using namespace qly;
-
 
 TEST(XMLFile, WritesIndentedUtf8AtomicallyAndReadsBack)
 {
@@ -29,7 +28,9 @@ TEST(XMLFile, WritesIndentedUtf8AtomicallyAndReadsBack)
     const QByteArray bytes = readFileBytes(path);
     EXPECT_TRUE(bytes.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings Version=\"2\">\n"))
         << bytes.toStdString();
-    EXPECT_TRUE(bytes.contains("\n    <Title>\xC3\x9Cn\xC3\xAF" "c\xC3\xB6" "d\xC3\xA9 &amp; more</Title>\n"))
+    EXPECT_TRUE(bytes.contains("\n    <Title>\xC3\x9Cn\xC3\xAF"
+                               "c\xC3\xB6"
+                               "d\xC3\xA9 &amp; more</Title>\n"))
         << bytes.toStdString();
     EXPECT_TRUE(bytes.contains("\n    <RTF><![CDATA[{\\rtf1 x}]]></RTF>\n")) << bytes.toStdString();
     EXPECT_FALSE(bytes.contains("old contents"));
@@ -48,7 +49,8 @@ TEST(XMLFile, KeepsTheDocumentsOwnDeclaration)
     QTemporaryDir dir;
     const QString path = dir.filePath(u"declared.xml"_qs);
     pugi::xml_document document;
-    ASSERT_TRUE(document.load_string("<?xml version=\"1.0\" standalone=\"yes\"?><a/>", pugi::parse_default | pugi::parse_declaration));
+    ASSERT_TRUE(document.load_string("<?xml version=\"1.0\" standalone=\"yes\"?><a/>",
+                                     pugi::parse_default | pugi::parse_declaration));
     ASSERT_TRUE(writeXMLDocumentAtomically(document, path));
     const QByteArray bytes = readFileBytes(path);
     EXPECT_EQ(bytes.count("<?xml"), 1);

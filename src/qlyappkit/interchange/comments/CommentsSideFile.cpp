@@ -4,11 +4,11 @@
 #include <QFileInfo>
 
 #include <qlyappkit/interchange/xml/RichTextElement.h>
-#include <qlyappkit/platform/xml/XMLElement.h>
-#include <qlyappkit/platform/xml/XMLFile.h>
 #include <qlyappkit/interchange/xml/XMLValues.h>
 #include <qlyappkit/platform/services/Localization.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/xml/XMLElement.h>
+#include <qlyappkit/platform/xml/XMLFile.h>
 #include <qlyappkit/text/attributes/LinkValues.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 

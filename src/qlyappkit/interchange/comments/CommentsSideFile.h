@@ -8,8 +8,8 @@
 #include <optional>
 #include <pugixml.hpp>
 
-#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/services/Error.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/MutableAttributedString.h>
 #include <qlyappkit/text/comments/CommentedText.h>
 #include <qlyappkit/text/comments/XQComment.h>

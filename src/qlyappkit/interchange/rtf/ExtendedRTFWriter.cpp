@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <qlyappkit/geometry/PageFitting.h>
 #include <qlyappkit/interchange/rtf/ExtendedRTFMarkers_p.h>
 #include <qlyappkit/interchange/rtf/RTFAttributeEnclosing.h>
 #include <qlyappkit/interchange/rtf/RTFExportRepairs.h>
@@ -13,18 +14,17 @@
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/interchange/rtf/RTFPictures.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
-#include <qlyappkit/geometry/PageFitting.h>
-#include <qlyappkit/platform/strings/EscapeParsing.h>
-#include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/services/Localization.h>
-#include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/platform/services/UserDefaults.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/platform/services/Localization.h>
+#include <qlyappkit/platform/services/UserDefaults.h>
+#include <qlyappkit/platform/strings/EscapeParsing.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/notes/NoteConversions.h>
 #include <qlyappkit/text/notes/TaggedFootnotes.h>
-#include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 namespace qly {
 
@@ -59,7 +59,7 @@ QString applyEdits(const QString& s, std::vector<Edit>& edits)
     qsizetype copied = 0;
     for (const Edit& e : edits) {
         if (e.pos < copied)
-            continue;   // overlaps an earlier deletion
+            continue; // overlaps an earlier deletion
         out.append(QStringView(s).mid(copied, e.pos - copied));
         out.append(e.text);
         copied = e.pos + e.length;
@@ -70,8 +70,7 @@ QString applyEdits(const QString& s, std::vector<Edit>& edits)
 
 // Replaces every occurrence of needle (and, when present, the backslash right after it) in one scan,
 // asking replacement for each text in turn.
-template <typename Fn>
-void replaceMarker(QString& rtf, const QString& needle, bool withBackslash, Fn replacement)
+template <typename Fn> void replaceMarker(QString& rtf, const QString& needle, bool withBackslash, Fn replacement)
 {
     std::vector<Edit> edits;
     for (qsizetype at = rtf.indexOf(needle); at >= 0; at = rtf.indexOf(needle, at + needle.size())) {
@@ -107,7 +106,7 @@ struct Options {
     bool asEndnote[4] = {false, false, false, false};
     HeaderFooterSettings headers;
     bool sectionTitles = false;
-    QString columnsControl;   // without the "\sect\sbknone" prefix
+    QString columnsControl; // without the "\sect\sbknone" prefix
 };
 
 class Writer {
@@ -167,36 +166,36 @@ private:
 
 QByteArray Writer::run()
 {
-    prepareText();                      // 1
-    readOptions();                      // 2, 4, 5
-    listsAndLinks();                    // 3
+    prepareText(); // 1
+    readOptions(); // 2, 4, 5
+    listsAndLinks(); // 3
     if (m_options.sectionTitles)
-        markSections();                 // 6
-    markBookmarksAndPageReferences();   // 7
-    markKeepWithNext();                 // 8
-    if (!m_options.columnsControl.isEmpty() && !m_columnsMarkerInText)   // 9
+        markSections(); // 6
+    markBookmarksAndPageReferences(); // 7
+    markKeepWithNext(); // 8
+    if (!m_options.columnsControl.isEmpty() && !m_columnsMarkerInText) // 9
         insertLeadingMarker(XQRTFColumnsMarker);
     if (m_options.headers.hasAnyText())
         insertLeadingMarker(m::HeaderFooterMarker + QLatin1Char('\n'));
-    markPictures();                     // 10
-    encloseNotes();                     // 11
-    m_rtf = QString::fromLatin1(RTFFromRange(m_text, Range{0, m_text.length()}, m_documentAttributes));   // 12
-    supplyPageSetup();                  // 13
-    fixUpRTFLists(m_rtf);               // 14 (acts only for old toolkits)
-    fixFontTableAndStylesheet();        // 15
-    replaceMarker(m_rtf, m::WidowOrphanMarker, true, [] { return QStringLiteral("\\widowctrl "); });   // 16
-    writePictures();                    // 17
-    writeComments();                    // 18
+    markPictures(); // 10
+    encloseNotes(); // 11
+    m_rtf = QString::fromLatin1(RTFFromRange(m_text, Range{0, m_text.length()}, m_documentAttributes)); // 12
+    supplyPageSetup(); // 13
+    fixUpRTFLists(m_rtf); // 14 (acts only for old toolkits)
+    fixFontTableAndStylesheet(); // 15
+    replaceMarker(m_rtf, m::WidowOrphanMarker, true, [] { return QStringLiteral("\\widowctrl "); }); // 16
+    writePictures(); // 17
+    writeComments(); // 18
     const QString controls = footnoteControls(false);
-    replaceMarker(m_rtf, m::FootnoteControlsMarker, true, [&] { return controls; });   // 19
-    writeFootnotes();                   // 20
-    writeBookmarks();                   // 21
-    writeHeadersFootersAndSections();   // 22
-    writeKeepWithNext();                // 23
+    replaceMarker(m_rtf, m::FootnoteControlsMarker, true, [&] { return controls; }); // 19
+    writeFootnotes(); // 20
+    writeBookmarks(); // 21
+    writeHeadersFootersAndSections(); // 22
+    writeKeepWithNext(); // 23
     updateInternalRTFHyperlinks(m_rtf); // 24
-    m_rtf.replace(QLatin1String("\\uc0\\u8232"), QLatin1String("\\line"));   // 25
+    m_rtf.replace(QLatin1String("\\uc0\\u8232"), QLatin1String("\\line")); // 25
     m_rtf.replace(QLatin1String("\\u8232"), QLatin1String("\\line"));
-    return asciiBytes();                // 26
+    return asciiBytes(); // 26
 }
 
 void Writer::prepareText()
@@ -253,13 +252,15 @@ void Writer::markSections()
         QVariantMap info;
     };
     std::vector<Found> found;
-    m_text.enumerateAttribute(XQRTFSectionInfoAttributeName, Range{0, m_text.length()}, [&](const QVariant& v, Range r) {
-        if (v.metaType() == QMetaType::fromType<QVariantMap>())
-            found.push_back({r, v.toMap()});
-        return true;
-    });
+    m_text.enumerateAttribute(XQRTFSectionInfoAttributeName, Range{0, m_text.length()},
+                              [&](const QVariant& v, Range r) {
+                                  if (v.metaType() == QMetaType::fromType<QVariantMap>())
+                                      found.push_back({r, v.toMap()});
+                                  return true;
+                              });
     const QSizeF paper = m_documentAttributes.contains(PaperSizeDocumentAttribute)
-        ? m_documentAttributes.value(PaperSizeDocumentAttribute).toSizeF() : QSizeF(DefaultPaperWidth, DefaultPaperHeight);
+        ? m_documentAttributes.value(PaperSizeDocumentAttribute).toSizeF()
+        : QSizeF(DefaultPaperWidth, DefaultPaperHeight);
     const bool singleOption = m_options.headers.noHeaderOrFooterOnSinglePages;
     std::vector<std::pair<qsizetype, QString>> inserts;
     for (const Found& f : found) {
@@ -273,7 +274,8 @@ void Writer::markSections()
             --at;
         }
         const QVariant front = f.info.value(XQRTFSectionIsPartOfFrontMatter);
-        section.flags.frontMatter = front.typeId() == QMetaType::QString ? stringBoolValue(front.toString()) : front.toBool();
+        section.flags.frontMatter =
+            front.typeId() == QMetaType::QString ? stringBoolValue(front.toString()) : front.toBool();
         section.flags.singlePage = singleOption && f.run.length < SinglePageSectionLimit
             && fitsOnOnePageWithPageSize(m_text.attributedSubstring(f.run), paper,
                                          documentValue(LeftMarginDocumentAttribute, DefaultSideMargin),
@@ -305,7 +307,8 @@ void Writer::markBookmarksAndPageReferences()
     const auto bookmarks = runsOf(XQRTFBookmarkAttributeName);
     for (auto it = bookmarks.rbegin(); it != bookmarks.rend(); ++it) {
         const Attributes attributes = attributesForInsertion(m_text, it->first.location);
-        m_text.insert(AttributedString(m::BookmarkEndOpen + it->second + m::BookmarkEndClose, attributes), it->first.end());
+        m_text.insert(AttributedString(m::BookmarkEndOpen + it->second + m::BookmarkEndClose, attributes),
+                      it->first.end());
         m_text.insert(AttributedString(m::BookmarkStartOpen + it->second + m::BookmarkStartClose, attributes),
                       it->first.location);
     }
@@ -331,18 +334,21 @@ void Writer::markKeepWithNext()
         const QVariant keep = m_text.attribute(XQKeepWithNextAttributeName, start);
         const QChar last = s.at(end - 1);
         const bool terminated = last == QLatin1Char('\n') || last == QLatin1Char('\r') || last == QChar(0x2029);
-        if (terminated && keep.isValid() && (keep.typeId() == QMetaType::QString ? stringBoolValue(keep.toString()) : keep.toBool())) {
+        if (terminated && keep.isValid()
+            && (keep.typeId() == QMetaType::QString ? stringBoolValue(keep.toString()) : keep.toBool())) {
             const QVariant styleValue = m_text.attribute(ParagraphStyleAttributeName, start);
             const ParagraphStyle style = styleValue.metaType() == QMetaType::fromType<ParagraphStyle>()
-                ? styleValue.value<ParagraphStyle>() : ParagraphStyle::defaultParagraphStyle();
+                ? styleValue.value<ParagraphStyle>()
+                : ParagraphStyle::defaultParagraphStyle();
             if (style.textLists().isEmpty() && style.textBlocks().isEmpty())
                 paragraphs.push_back(Range::fromBounds(start, end));
         }
         start = end;
     }
     for (auto it = paragraphs.rbegin(); it != paragraphs.rend(); ++it) {
-        m_text.insert(AttributedString(m::KeepWithNextEnds + QLatin1Char('\n'), attributesForInsertion(m_text, it->end() - 1)),
-                      it->end());
+        m_text.insert(
+            AttributedString(m::KeepWithNextEnds + QLatin1Char('\n'), attributesForInsertion(m_text, it->end() - 1)),
+            it->end());
         Attributes first = m_text.attributes(it->location);
         first.remove(AttachmentAttributeName);
         m_text.insert(AttributedString(m::KeepWithNextStart, first), it->location);
@@ -405,7 +411,8 @@ void Writer::encloseNotes()
     encloseAttribute(m_text, XQCommentAttributeName, m::CommentLinkStartTag, m::CommentLinkEndTag, true);
     encloseAttribute(m_text, XQLinkedCommentAttributeName, m::CommentTextStartTag, m::CommentTextEndTag, true);
     encloseAttribute(m_text, XQAnnotationAttributeName, m::AnnotationStartTag, m::AnnotationEndTag, true);
-    m_hasFootnotes = encloseAttribute(m_text, XQFootnoteAttributeName, m::FootnoteStartTag, m::FootnoteEndTag, true, true);
+    m_hasFootnotes =
+        encloseAttribute(m_text, XQFootnoteAttributeName, m::FootnoteStartTag, m::FootnoteEndTag, true, true);
     if (m_hasFootnotes)
         insertLeadingMarker(m::FootnoteControlsMarker + QLatin1Char('\n'));
     if (m_options.widowControl)
@@ -416,7 +423,7 @@ void Writer::supplyPageSetup()
 {
     static const std::pair<const char*, const char*> controls[] = {
         {"\\paperw", "\\paperw12240"}, {"\\paperh", "\\paperh15840"}, {"\\margl", "\\margl1800"},
-        {"\\margr", "\\margr1800"}, {"\\margt", "\\margt1440"}, {"\\margb", "\\margb1440"}};
+        {"\\margr", "\\margr1800"},    {"\\margt", "\\margt1440"},    {"\\margb", "\\margb1440"}};
     QString missing;
     qsizetype insertAt = -1;
     for (const auto& [word, fallback] : controls) {
@@ -487,7 +494,8 @@ void Writer::writePictures()
         const int number = QStringView(m_rtf).mid(numberStart, close - numberStart).toInt(&ok);
         if (!ok || number < 1 || number > int(m_images.size()))
             continue;
-        edits.push_back({at, close + m::ImageMarkerEnd.size() - at, RTFPictureGroup(m_images[size_t(number - 1)], names)});
+        edits.push_back(
+            {at, close + m::ImageMarkerEnd.size() - at, RTFPictureGroup(m_images[size_t(number - 1)], names)});
     }
     m_rtf = applyEdits(m_rtf, edits);
 }
@@ -498,11 +506,12 @@ void Writer::writeComments()
                                   QStringLiteral("{\\*\\atrfstart %1}").arg(m::AtrfStartNumber),
                                   QStringLiteral("{\\*\\atrfend %1}").arg(m::AtrfEndNumber));
     const QString author = m_documentAttributes.value(AuthorDocumentAttribute).toString();
-    const QString prefix = author.isEmpty() ? QString()
-        : QStringLiteral("{\\*\\atnid %1}{\\*\\atnauthor %1}").arg(RTFEscapedText(author));
-    replacePlaceholderTagsWithRTF(m_rtf, m::CommentTextStartTag, m::CommentTextEndTag,
-                                  QStringLiteral("{%1\\chatn{\\*\\annotation{\\*\\atnref %2}\\pard\\plain").arg(prefix, m::AtnRefNumber),
-                                  QStringLiteral("}}"));
+    const QString prefix =
+        author.isEmpty() ? QString() : QStringLiteral("{\\*\\atnid %1}{\\*\\atnauthor %1}").arg(RTFEscapedText(author));
+    replacePlaceholderTagsWithRTF(
+        m_rtf, m::CommentTextStartTag, m::CommentTextEndTag,
+        QStringLiteral("{%1\\chatn{\\*\\annotation{\\*\\atnref %2}\\pard\\plain").arg(prefix, m::AtnRefNumber),
+        QStringLiteral("}}"));
     // The n-th range start, range end and annotation reference all get n.
     std::vector<Edit> edits;
     int starts = 0, ends = 0, refs = 0;
@@ -518,24 +527,29 @@ void Writer::writeComments()
     }
     m_rtf = applyEdits(m_rtf, edits);
     replacePlaceholderTagsWithRTF(m_rtf, m::AnnotationStartTag, m::AnnotationEndTag,
-                                  QStringLiteral("{%1\\chatn{\\*\\annotation\\pard\\plain").arg(prefix), QStringLiteral("}}"));
+                                  QStringLiteral("{%1\\chatn{\\*\\annotation\\pard\\plain").arg(prefix),
+                                  QStringLiteral("}}"));
 }
 
 QString Writer::footnoteControls(bool section) const
 {
     auto withBlank = [](const QString& s) { return s.isEmpty() ? s : s + QLatin1Char(' '); };
-    const QString footnote = withBlank(RTFFootnoteStyleControlForFootnoteStyle(m_options.footnoteStyle, false, section));
+    const QString footnote =
+        withBlank(RTFFootnoteStyleControlForFootnoteStyle(m_options.footnoteStyle, false, section));
     const QString endnote = withBlank(RTFFootnoteStyleControlForFootnoteStyle(m_options.endnoteStyle, true, section));
     if (section)
-        return (m_options.restartEachPage ? QStringLiteral("\\sftnrestart\\sftnrstpg ") : QString()) + footnote + endnote;
-    return QStringLiteral("\\fet2 \\ftnbj ") + (m_options.restartEachPage ? QStringLiteral("\\ftnrestart\\ftnrstpg ") : QString())
-        + footnote + endnote + QStringLiteral("\n\\sectd ") + footnoteControls(true);
+        return (m_options.restartEachPage ? QStringLiteral("\\sftnrestart\\sftnrstpg ") : QString()) + footnote
+            + endnote;
+    return QStringLiteral("\\fet2 \\ftnbj ")
+        + (m_options.restartEachPage ? QStringLiteral("\\ftnrestart\\ftnrstpg ") : QString()) + footnote + endnote
+        + QStringLiteral("\n\\sectd ") + footnoteControls(true);
 }
 
 void Writer::writeFootnotes()
 {
     const QString indent = m_options.indentFootnotes && m_footnoteIndent > 0
-        ? QStringLiteral("\\fi%1").arg(int(m_footnoteIndent * 20)) : QString();
+        ? QStringLiteral("\\fi%1").arg(int(m_footnoteIndent * 20))
+        : QString();
     QString alignment;
     if (m_alignment == RightTextAlignment)
         alignment = QStringLiteral("\\qr ");
@@ -560,9 +574,12 @@ void Writer::writeFootnotes()
 void Writer::writeBookmarks()
 {
     static const std::pair<const QString*, const char*> replacements[] = {
-        {&m::BookmarkStartOpen, "{\\*\\bkmkstart "}, {&m::BookmarkStartClose, "}"},
-        {&m::BookmarkEndOpen, "{\\*\\bkmkend "}, {&m::BookmarkEndClose, "}"},
-        {&m::PageRefStartOpen, "{\\field {\\*\\fldinst {PAGEREF "}, {&m::PageRefStartClose, " \\\\h}}{\\fldrslt "},
+        {&m::BookmarkStartOpen, "{\\*\\bkmkstart "},
+        {&m::BookmarkStartClose, "}"},
+        {&m::BookmarkEndOpen, "{\\*\\bkmkend "},
+        {&m::BookmarkEndClose, "}"},
+        {&m::PageRefStartOpen, "{\\field {\\*\\fldinst {PAGEREF "},
+        {&m::PageRefStartClose, " \\\\h}}{\\fldrslt "},
         {&m::PageRefEnd, "}}"}};
     for (const auto& [marker, rtf] : replacements) {
         if (m_rtf.contains(*marker))
@@ -596,8 +613,8 @@ void Writer::writeHeadersFootersAndSections()
             replaceMarker(m_rtf, m::HeaderFooterMarker, true, [&] { return block; });
         }
         if (!m_options.columnsControl.isEmpty()) {
-            const QString control = (m_columnsMarkerInText ? QStringLiteral("\\sect\\sbknone") : QString())
-                + m_options.columnsControl;
+            const QString control =
+                (m_columnsMarkerInText ? QStringLiteral("\\sect\\sbknone") : QString()) + m_options.columnsControl;
             replaceMarker(m_rtf, m::ColumnsMarkerText, true, [&] { return control; });
         }
     }
@@ -607,7 +624,8 @@ void Writer::writeKeepWithNext()
 {
     std::vector<Edit> edits;
     qsizetype searchFrom = 0;
-    for (qsizetype at = m_rtf.indexOf(m::KeepWithNextStart); at >= 0; at = m_rtf.indexOf(m::KeepWithNextStart, searchFrom)) {
+    for (qsizetype at = m_rtf.indexOf(m::KeepWithNextStart); at >= 0;
+         at = m_rtf.indexOf(m::KeepWithNextStart, searchFrom)) {
         const Range paragraph = RTFParagraphRangeForRange(m_rtf, Range{at, m::KeepWithNextStart.size()});
         // The group opens at the line start; "\keepn" goes where the marker was, after any "\pard".
         edits.push_back({paragraph.location, 0, QStringLiteral("{")});

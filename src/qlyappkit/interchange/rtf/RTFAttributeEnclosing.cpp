@@ -3,8 +3,8 @@
 #include <vector>
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
@@ -12,10 +12,7 @@ namespace qly {
 
 namespace {
 
-bool isWhite(QChar c)
-{
-    return c.isSpace() || c == QChar(0x2028) || c == QChar(0x2029) || c == QChar(0x85);
-}
+bool isWhite(QChar c) { return c.isSpace() || c == QChar(0x2028) || c == QChar(0x2029) || c == QChar(0x85); }
 
 bool isParagraphStart(const AttributedString& text, qsizetype index)
 {

@@ -4,8 +4,8 @@
 #include <QUrl>
 #include <vector>
 
-#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
 
 namespace qly {
 
@@ -84,6 +84,5 @@ void removeWhiteHighlights(AttributedString& text)
     for (const Range& r : white)
         text.removeAttribute(BackgroundColorAttributeName, r);
 }
-
 
 } // namespace qly

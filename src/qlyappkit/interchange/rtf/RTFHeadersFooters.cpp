@@ -4,10 +4,10 @@
 
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
+#include <qlyappkit/platform/rtf/RTFWriter.h>
 #include <qlyappkit/platform/strings/EscapeParsing.h>
 #include <qlyappkit/platform/strings/NumberParsing.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/platform/rtf/RTFWriter.h>
 
 namespace qly {
 
@@ -59,7 +59,8 @@ std::optional<Font> fontOption(const QVariantMap& options, const QString& key)
 
 int twipsToRightMarginWithDocumentAttributes(const QVariantMap& documentAttributes)
 {
-    if (!documentAttributes.contains(PaperSizeDocumentAttribute) || !documentAttributes.contains(LeftMarginDocumentAttribute)
+    if (!documentAttributes.contains(PaperSizeDocumentAttribute)
+        || !documentAttributes.contains(LeftMarginDocumentAttribute)
         || !documentAttributes.contains(RightMarginDocumentAttribute))
         return MissingPageTwipsToRightMargin;
     const QSizeF paper = documentAttributes.value(PaperSizeDocumentAttribute).toSizeF();
@@ -172,10 +173,10 @@ QString HeaderFooterSettings::pageNumberFormatControl() const
 }
 
 HeaderFooterWriter::HeaderFooterWriter(const HeaderFooterSettings& settings, const QString& rtf, int twipsToRightMargin)
-    : m_settings(settings)
-    , m_headerFontTag(settings.headerFont ? RTFFontTagForFont(rtf, settings.headerFont) : DefaultFontTag)
-    , m_footerFontTag(settings.footerFont ? RTFFontTagForFont(rtf, settings.footerFont) : DefaultFontTag)
-    , m_twips(twipsToRightMargin)
+    : m_settings(settings),
+      m_headerFontTag(settings.headerFont ? RTFFontTagForFont(rtf, settings.headerFont) : DefaultFontTag),
+      m_footerFontTag(settings.footerFont ? RTFFontTagForFont(rtf, settings.footerFont) : DefaultFontTag),
+      m_twips(twipsToRightMargin)
 {
 }
 
@@ -249,13 +250,15 @@ QString HeaderFooterWriter::nextSection(const QString& title, const SectionFlags
     QString out = first ? QString() : QStringLiteral("\\sect\\sectd\n");
     if (first) {
         if (titlePage)
-            out.append(s.differentFirstPages && !s.countFirstPages ? QStringLiteral("\n\\titlepg\\pgnrestart\\pgnstarts0")
-                                                                   : QStringLiteral("\\titlepg\\pgnrestart\\pgnstarts1"));
+            out.append(s.differentFirstPages && !s.countFirstPages
+                           ? QStringLiteral("\n\\titlepg\\pgnrestart\\pgnstarts0")
+                           : QStringLiteral("\\titlepg\\pgnrestart\\pgnstarts1"));
         else
             out.append(QStringLiteral("\\pgnrestart\\pgnstarts1"));
     } else if (s.startAfterFrontMatter && !flags.frontMatter && !m_bodyStarted) {
         // The body's first section after front matter numbers its pages from 1 again.
-        out.append(titlePage ? QStringLiteral("\\titlepg\\pgrestart\\pgnstarts1") : QStringLiteral("\\pgrestart\\pgnstarts1"));
+        out.append(titlePage ? QStringLiteral("\\titlepg\\pgrestart\\pgnstarts1")
+                             : QStringLiteral("\\pgrestart\\pgnstarts1"));
     } else {
         out.append(titlePage ? QStringLiteral("\\titlepg\\pgncont") : QStringLiteral("\\pgncont"));
     }

@@ -43,7 +43,7 @@ QString replaceHeaderFooterPlaceholders(const QString& rtf, const QString& secti
 
 /// The header, footer and section settings of an export, read from the options dictionary.
 struct HeaderFooterSettings {
-    QString header, footer, firstHeader, firstFooter, alternateHeader, alternateFooter;   ///< as given
+    QString header, footer, firstHeader, firstFooter, alternateHeader, alternateFooter; ///< as given
     int headerAlignment = 0, footerAlignment = 0, firstHeaderAlignment = 0, firstFooterAlignment = 0;
     int alternateHeaderAlignment = 0, alternateFooterAlignment = 0;
     std::optional<Font> headerFont, footerFont;

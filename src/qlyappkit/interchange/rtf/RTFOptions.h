@@ -52,18 +52,41 @@ inline const QString XQRTFEnsureHyperlinksHaveColorAndUnderline =
 /// Every option key above, for tools that set options by name.
 inline const QStringList& allRTFOptionKeys()
 {
-    static const QStringList keys{
-        XQRTFUseMSWordOptions, XQRTFForAsposeConversion, XQRTFHeaderString, XQRTFFooterString,
-        XQRTFHeaderAlignment, XQRTFFooterAlignment, XQRTFFirstPageHeaderString, XQRTFFirstPageFooterString,
-        XQRTFFirstPageHeaderAlignment, XQRTFFirstPageFooterAlignment, XQRTFAlternateHeaderString,
-        XQRTFAlternateFooterString, XQRTFAlternateHeaderAlignment, XQRTFAlternateFooterAlignment, XQRTFHeaderFont,
-        XQRTFFooterFont, XQRTFDifferentFirstPages, XQRTFStartRegularHeaderAndFooterAfterFrontMatter,
-        XQRTFCountFirstPages, XQRTFHasFacingPages, XQRTFNoHeaderOnNewPages, XQRTFNoHeaderOrFooterOnSinglePages,
-        XQRTFIndentFootnotesToMatchText, XQRTFNumberOfColumns, XQRTFColumnSpacingInTwips, XQRTFFootnoteStyle,
-        XQRTFEndnoteStyle, XQRTFRestartFootnoteNumberingEachPage, XQRTFFootnotesUsePeriodMarkerStyle,
-        XQRTFAvoidWidowsAndOrphans, XQRTFInlineFootnotesAsEndnotes, XQRTFLinkedFootnotesAsEndnotes,
-        XQRTFLinkedCommentsFootnotesAsEndnotes, XQRTFUseCocoaStyleListIndents,
-        XQRTFEnsureHyperlinksHaveColorAndUnderline};
+    static const QStringList keys{XQRTFUseMSWordOptions,
+                                  XQRTFForAsposeConversion,
+                                  XQRTFHeaderString,
+                                  XQRTFFooterString,
+                                  XQRTFHeaderAlignment,
+                                  XQRTFFooterAlignment,
+                                  XQRTFFirstPageHeaderString,
+                                  XQRTFFirstPageFooterString,
+                                  XQRTFFirstPageHeaderAlignment,
+                                  XQRTFFirstPageFooterAlignment,
+                                  XQRTFAlternateHeaderString,
+                                  XQRTFAlternateFooterString,
+                                  XQRTFAlternateHeaderAlignment,
+                                  XQRTFAlternateFooterAlignment,
+                                  XQRTFHeaderFont,
+                                  XQRTFFooterFont,
+                                  XQRTFDifferentFirstPages,
+                                  XQRTFStartRegularHeaderAndFooterAfterFrontMatter,
+                                  XQRTFCountFirstPages,
+                                  XQRTFHasFacingPages,
+                                  XQRTFNoHeaderOnNewPages,
+                                  XQRTFNoHeaderOrFooterOnSinglePages,
+                                  XQRTFIndentFootnotesToMatchText,
+                                  XQRTFNumberOfColumns,
+                                  XQRTFColumnSpacingInTwips,
+                                  XQRTFFootnoteStyle,
+                                  XQRTFEndnoteStyle,
+                                  XQRTFRestartFootnoteNumberingEachPage,
+                                  XQRTFFootnotesUsePeriodMarkerStyle,
+                                  XQRTFAvoidWidowsAndOrphans,
+                                  XQRTFInlineFootnotesAsEndnotes,
+                                  XQRTFLinkedFootnotesAsEndnotes,
+                                  XQRTFLinkedCommentsFootnotesAsEndnotes,
+                                  XQRTFUseCocoaStyleListIndents,
+                                  XQRTFEnsureHyperlinksHaveColorAndUnderline};
     return keys;
 }
 

@@ -4,8 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <vector>
 #include <QPdfDocument>
+#include <vector>
 
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
@@ -76,7 +76,7 @@ std::optional<RTFImageRecord> RTFImageRecordForAttachment(const TextAttachment& 
             image.save(&out, "PNG");
         }
         if (intended.isEmpty())
-            intended = QSizeF(image.width(), image.height());   // one pixel per point
+            intended = QSizeF(image.width(), image.height()); // one pixel per point
     }
     record.picw = image.width();
     record.pich = image.height();
@@ -88,9 +88,10 @@ std::optional<RTFImageRecord> RTFImageRecordForAttachment(const TextAttachment& 
 QString RTFPictureGroup(const RTFImageRecord& record, bool writeFilename)
 {
     const QString name = writeFilename && !record.filename.isEmpty()
-        ? QStringLiteral(" {\\*\\nisusfilename %1}").arg(record.filename) : QString();
-    const QString scale = record.picscale > 0
-        ? QStringLiteral("picscalex%1\\picscaley%1\\").arg(record.picscale) : QString();
+        ? QStringLiteral(" {\\*\\nisusfilename %1}").arg(record.filename)
+        : QString();
+    const QString scale =
+        record.picscale > 0 ? QStringLiteral("picscalex%1\\picscaley%1\\").arg(record.picscale) : QString();
     return QStringLiteral("{\\*\\shppict{\\pict%1\\picw%2\\pich%3\\picwgoal%4\\pichgoal%5\\%6%7 %8}}")
         .arg(name)
         .arg(record.picw)

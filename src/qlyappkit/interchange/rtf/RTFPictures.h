@@ -11,12 +11,12 @@
 namespace qly {
 
 struct RTFImageRecord {
-    QByteArray imgData;   ///< encoded bytes (JPEG or PNG)
-    QString filename;     ///< without extension, RTF-escaped
+    QByteArray imgData; ///< encoded bytes (JPEG or PNG)
+    QString filename; ///< without extension, RTF-escaped
     bool isJPEG = false;
-    int picw = 0, pich = 0;           ///< pixels
-    int picwgoal = 0, pichgoal = 0;   ///< intended size in twips
-    int picscale = 0;                 ///< percent; 0 for none
+    int picw = 0, pich = 0; ///< pixels
+    int picwgoal = 0, pichgoal = 0; ///< intended size in twips
+    int picscale = 0; ///< percent; 0 for none
 };
 
 /// The record of an attachment: "jpg"/"jpeg" files keep their JPEG bytes, "pdf" files are rendered

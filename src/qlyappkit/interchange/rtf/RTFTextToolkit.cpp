@@ -3,10 +3,10 @@
 #include <QSet>
 #include <cmath>
 
-#include <qlyappkit/platform/text/AttributedString.h>
-#include <qlyappkit/platform/strings/EscapeParsing.h>
 #include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/platform/strings/EscapeParsing.h>
+#include <qlyappkit/platform/text/AttributedString.h>
 
 namespace qly {
 
@@ -45,8 +45,7 @@ qsizetype digitsEnd(const QString& s, qsizetype i)
 
 // Calls fn(controlStart, nameEnd, digitsEnd) for each unescaped "\" + word + digits in the text,
 // where word is one of the given names and digits may be empty. fn returns the position to copy from.
-template <typename Fn>
-QString rewriteControls(const QString& s, const QString& word, bool needDigits, Fn fn)
+template <typename Fn> QString rewriteControls(const QString& s, const QString& word, bool needDigits, Fn fn)
 {
     QString out;
     const QString needle = QLatin1Char('\\') + word;
@@ -96,7 +95,7 @@ QString between(const QString& rtf, const QString& start, const QString& end)
 // Remembers the last font and size controls while a scan moves forward through the text.
 class FontTagTracker {
 public:
-    explicit FontTagTracker(const QString& s) : m_s(s) {}
+    explicit FontTagTracker(const QString& s) : m_s(s) { }
     QString tagAt(qsizetype index)
     {
         for (qsizetype i = m_scanned; i < index; ++i) {
@@ -255,8 +254,8 @@ QString RTFStringByConvertingMarkup(const QString& string)
     alternate(QStringLiteral("**"), QStringLiteral("[b]"), QStringLiteral("[/b]"));
     alternate(QStringLiteral("*"), QStringLiteral("[i]"), QStringLiteral("[/i]"));
     text.append(QStringLiteral("[/b][/i][/u]"));
-    QString body = between(renderPlainToRTF(MarkupStartMarker + text + MarkupEndMarker), MarkupStartMarker,
-                           MarkupEndMarker);
+    QString body =
+        between(renderPlainToRTF(MarkupStartMarker + text + MarkupEndMarker), MarkupStartMarker, MarkupEndMarker);
     static const std::pair<const char*, const char*> codes[] = {
         {"[u]", "\\ul "}, {"[/u]", "\\ul0 "}, {"[b]", "\\b1 "}, {"[/b]", "\\b0 "}, {"[i]", "\\i1 "}, {"[/i]", "\\i0 "}};
     for (const auto& [code, rtf] : codes)
@@ -266,8 +265,7 @@ QString RTFStringByConvertingMarkup(const QString& string)
 
 QString RTFFragmentFromString(const QString& string)
 {
-    return between(renderPlainToRTF(MarkupStartMarker + string + MarkupEndMarker), MarkupStartMarker,
-                   MarkupEndMarker);
+    return between(renderPlainToRTF(MarkupStartMarker + string + MarkupEndMarker), MarkupStartMarker, MarkupEndMarker);
 }
 
 QString stringFromRTFFragment(const QString& fragment)
@@ -280,10 +278,14 @@ QString stringFromRTFFragment(const QString& fragment)
 QString RTFAlignmentTagForTextAlignment(int alignment)
 {
     switch (alignment) {
-    case 1: return QStringLiteral("\\qr");
-    case 2: return QStringLiteral("\\qc");
-    case 3: return QStringLiteral("\\qj");
-    default: return QStringLiteral("\\ql");
+    case 1:
+        return QStringLiteral("\\qr");
+    case 2:
+        return QStringLiteral("\\qc");
+    case 3:
+        return QStringLiteral("\\qj");
+    default:
+        return QStringLiteral("\\ql");
     }
 }
 
@@ -315,8 +317,10 @@ qsizetype replacePlaceholderTagsWithRTF(QString& rtf, const QString& startTagNam
             break;
         if (out.isEmpty())
             out.reserve(rtf.size() + rtf.size() / 8);
-        const QString startPayload = unescape(QStringView(rtf).mid(s + startOpening.size(), sClose - s - startOpening.size()));
-        const QString endPayload = unescape(QStringView(rtf).mid(e + endOpening.size(), eClose - e - endOpening.size()));
+        const QString startPayload =
+            unescape(QStringView(rtf).mid(s + startOpening.size(), sClose - s - startOpening.size()));
+        const QString endPayload =
+            unescape(QStringView(rtf).mid(e + endOpening.size(), eClose - e - endOpening.size()));
         out.append(QStringView(rtf).mid(copied, s - copied));
         out.append(startRTF).append(fonts.tagAt(s)).append(startPayload).append(QLatin1Char(' '));
         const qsizetype bodyStart = sClose + TagClosing.size();
@@ -334,15 +338,16 @@ qsizetype replacePlaceholderTagsWithRTF(QString& rtf, const QString& startTagNam
 
 void changeRTFBackgroundColorsToRTFHighlightsForMSWord(QString& rtf, bool forMSWord)
 {
-    rtf = rewriteControls(rtf, QStringLiteral("cb"), true, [&](QString& out, qsizetype, qsizetype nameEnd, qsizetype end) {
-        QStringView digits = QStringView(rtf).mid(nameEnd, end - nameEnd);
-        out.append(QLatin1String("\\highlight"));
-        if (forMSWord && digits == u"1" && end < rtf.size() && rtf.at(end) == QLatin1Char(' '))
-            out.append(QLatin1Char('0'));
-        else
-            out.append(digits);
-        return end;
-    });
+    rtf = rewriteControls(rtf, QStringLiteral("cb"), true,
+                          [&](QString& out, qsizetype, qsizetype nameEnd, qsizetype end) {
+                              QStringView digits = QStringView(rtf).mid(nameEnd, end - nameEnd);
+                              out.append(QLatin1String("\\highlight"));
+                              if (forMSWord && digits == u"1" && end < rtf.size() && rtf.at(end) == QLatin1Char(' '))
+                                  out.append(QLatin1Char('0'));
+                              else
+                                  out.append(digits);
+                              return end;
+                          });
 }
 
 void changeRTFHighlightsToRTFBackgroundColors(QString& rtf)
@@ -373,21 +378,22 @@ void fixUpDefaultFont(QString& rtf)
         return;
     rtf.replace(deff.end(), digitsEndAt - deff.end(), QStringLiteral("0"));
     // One scan swaps the two numbers, as replacing 0 by a placeholder, N by 0 and the placeholder by N would.
-    rtf = rewriteControls(rtf, QStringLiteral("f"), true, [&](QString& out, qsizetype at, qsizetype nameEnd, qsizetype end) {
-        if (end < rtf.size() && isAsciiLetterOrDigit(rtf.at(end))) {
-            out.append(QStringView(rtf).mid(at, end - at));
-            return end;
-        }
-        const int number = QStringView(rtf).mid(nameEnd, end - nameEnd).toInt();
-        out.append(QLatin1String("\\f"));
-        if (number == 0)
-            out.append(QString::number(n));
-        else if (number == n)
-            out.append(QLatin1Char('0'));
-        else
-            out.append(QStringView(rtf).mid(nameEnd, end - nameEnd));
-        return end;
-    });
+    rtf = rewriteControls(rtf, QStringLiteral("f"), true,
+                          [&](QString& out, qsizetype at, qsizetype nameEnd, qsizetype end) {
+                              if (end < rtf.size() && isAsciiLetterOrDigit(rtf.at(end))) {
+                                  out.append(QStringView(rtf).mid(at, end - at));
+                                  return end;
+                              }
+                              const int number = QStringView(rtf).mid(nameEnd, end - nameEnd).toInt();
+                              out.append(QLatin1String("\\f"));
+                              if (number == 0)
+                                  out.append(QString::number(n));
+                              else if (number == n)
+                                  out.append(QLatin1Char('0'));
+                              else
+                                  out.append(QStringView(rtf).mid(nameEnd, end - nameEnd));
+                              return end;
+                          });
 }
 
 void fixUpRTFLists(QString& rtf, double appKitVersion)
@@ -417,19 +423,19 @@ void fixUpRTFLists(QString& rtf, double appKitVersion)
 
 void fixUpRightMargins(QString& rtf)
 {
-    rtf = rewriteControls(rtf, QStringLiteral("ri0"), false, [&](QString& out, qsizetype at, qsizetype nameEnd, qsizetype) {
-        const QChar next = nameEnd < rtf.size() ? rtf.at(nameEnd) : QChar();
-        if (next == QLatin1Char(' ') && nameEnd + 1 < rtf.size() && rtf.at(nameEnd + 1) == QLatin1Char('\\'))
-            return nameEnd + 1;
-        if (next == QLatin1Char(' ') || next == QLatin1Char('\\') || next == QLatin1Char('}'))
+    rtf = rewriteControls(
+        rtf, QStringLiteral("ri0"), false, [&](QString& out, qsizetype at, qsizetype nameEnd, qsizetype) {
+            const QChar next = nameEnd < rtf.size() ? rtf.at(nameEnd) : QChar();
+            if (next == QLatin1Char(' ') && nameEnd + 1 < rtf.size() && rtf.at(nameEnd + 1) == QLatin1Char('\\'))
+                return nameEnd + 1;
+            if (next == QLatin1Char(' ') || next == QLatin1Char('\\') || next == QLatin1Char('}'))
+                return nameEnd;
+            out.append(QStringView(rtf).mid(at, nameEnd - at));
             return nameEnd;
-        out.append(QStringView(rtf).mid(at, nameEnd - at));
-        return nameEnd;
-    });
+        });
 }
 
-QString stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(QString& rtf,
-                                                                                 const QStringList& links)
+QString stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(QString& rtf, const QStringList& links)
 {
     if (links.isEmpty())
         return QString();

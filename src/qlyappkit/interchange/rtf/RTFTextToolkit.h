@@ -62,8 +62,7 @@ void fixUpRTFLists(QString& rtf, double appKitVersion = PlatformAppKitVersionNum
 void fixUpRightMargins(QString& rtf);
 /// Gives the hyperlink fields for the targets a "\cs2" character style and drops their "\ulc"
 /// control; returns the two stylesheet entries, or an empty string when links is empty.
-QString stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(QString& rtf,
-                                                                                 const QStringList& links);
+QString stylesheetCharacterStylesByInsertingCharacterStylesForColoredHyperlinks(QString& rtf, const QStringList& links);
 /// HYPERLINK "rtfbkmklink://NAME" instructions become HYPERLINK \\l NAME (links within the document).
 void updateInternalRTFHyperlinks(QString& rtf);
 /// Deletes every "\itapN" inside range; returns how many characters were deleted.

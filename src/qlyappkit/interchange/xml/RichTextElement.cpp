@@ -2,9 +2,9 @@
 
 #include <QByteArray>
 
-#include <qlyappkit/platform/xml/XMLElement.h>
 #include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/platform/xml/XMLElement.h>
 
 namespace qly {
 
@@ -27,7 +27,7 @@ AttributedString XQAttributedStringFromXMLElement(pugi::xml_node element)
     RTFParseResult result;
     const std::optional<AttributedString> text = attributedStringFromRTF(stored, nullptr, &result);
     if (!text || !result)
-        return {};   // not RTF, or cut short
+        return {}; // not RTF, or cut short
     return *text;
 }
 

@@ -65,8 +65,7 @@ QString runsForm(const QList<qint64>& indexes)
 }
 
 // Calls add(index) for every index the text names, in order, until the budget is spent.
-template <typename Add>
-void forEachIndexInText(const QString& text, Add add)
+template <typename Add> void forEachIndexInText(const QString& text, Add add)
 {
     if (text.isEmpty())
         return;
@@ -161,65 +160,32 @@ const QByteArray kURLCharactersKept = QByteArrayLiteral("!#$&'()*+,/:;=?@[]");
 
 } // namespace
 
-QString XQStringFromFloat(float value)
-{
-    return floatForm(double(value));
-}
+QString XQStringFromFloat(float value) { return floatForm(double(value)); }
 
-QString XQStringFromDouble(double value)
-{
-    return floatForm(value);
-}
+QString XQStringFromDouble(double value) { return floatForm(value); }
 
-QString XQXMLStringValueFromFloat(float value)
-{
-    return XQStringFromFloat(value);
-}
+QString XQXMLStringValueFromFloat(float value) { return XQStringFromFloat(value); }
 
-float XQFloatFromXMLStringValue(const QString& text)
-{
-    return text.isEmpty() ? 0.0f : stringFloatValue(text);
-}
+float XQFloatFromXMLStringValue(const QString& text) { return text.isEmpty() ? 0.0f : stringFloatValue(text); }
 
-QString XQXMLStringValueFromDouble(double value)
-{
-    return XQStringFromDouble(value);
-}
+QString XQXMLStringValueFromDouble(double value) { return XQStringFromDouble(value); }
 
-double XQDoubleFromXMLStringValue(const QString& text)
-{
-    return text.isEmpty() ? 0.0 : stringDoubleValue(text);
-}
+double XQDoubleFromXMLStringValue(const QString& text) { return text.isEmpty() ? 0.0 : stringDoubleValue(text); }
 
-QString XQXMLStringValueFromInteger(qint64 value)
-{
-    return QString::number(value);
-}
+QString XQXMLStringValueFromInteger(qint64 value) { return QString::number(value); }
 
-qint64 XQIntegerFromXMLStringValue(const QString& text)
-{
-    return text.isEmpty() ? 0 : stringIntegerValue(text);
-}
+qint64 XQIntegerFromXMLStringValue(const QString& text) { return text.isEmpty() ? 0 : stringIntegerValue(text); }
 
-QString XQXMLStringValueFromUnsigned(quint64 value)
-{
-    return QString::number(value);
-}
+QString XQXMLStringValueFromUnsigned(quint64 value) { return QString::number(value); }
 
 quint64 XQUnsignedFromXMLStringValue(const QString& text)
 {
     return text.isEmpty() ? 0 : stringUnsignedIntegerValue(text);
 }
 
-QString XQXMLStringValueFromBool(bool value)
-{
-    return value ? XQXMLYesString : XQXMLNoString;
-}
+QString XQXMLStringValueFromBool(bool value) { return value ? XQXMLYesString : XQXMLNoString; }
 
-bool XQBoolFromXMLStringValue(const QString& text)
-{
-    return text.toUpper() == XQXMLYesString.toUpper();
-}
+bool XQBoolFromXMLStringValue(const QString& text) { return text.toUpper() == XQXMLYesString.toUpper(); }
 
 QString XQXMLStringValueFromColor(const std::optional<Color>& color)
 {
@@ -249,8 +215,8 @@ QString XQXMLStringValueFromDate(const QDateTime& date)
     const int offset = date.offsetFromUtc();
     const int absoluteMinutes = std::abs(offset) / 60;
     return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d %c%02d%02d", day.year(), day.month(), day.day(),
-                             time.hour(), time.minute(), time.second(), offset < 0 ? '-' : '+',
-                             absoluteMinutes / 60, absoluteMinutes % 60);
+                             time.hour(), time.minute(), time.second(), offset < 0 ? '-' : '+', absoluteMinutes / 60,
+                             absoluteMinutes % 60);
 }
 
 QDateTime XQDateFromXMLStringValue(const QString& text)
@@ -303,10 +269,7 @@ Range XQRangeFromXMLStringValue(const QString& text)
     return {location, length < 0 ? 0 : length};
 }
 
-QString XQXMLStringValueFromPoint(QPointF point)
-{
-    return pairForm(point.x(), point.y());
-}
+QString XQXMLStringValueFromPoint(QPointF point) { return pairForm(point.x(), point.y()); }
 
 QPointF XQPointFromXMLStringValue(const QString& text)
 {
@@ -314,10 +277,7 @@ QPointF XQPointFromXMLStringValue(const QString& text)
     return {x, y};
 }
 
-QString XQXMLStringValueFromSize(QSizeF size)
-{
-    return pairForm(size.width(), size.height());
-}
+QString XQXMLStringValueFromSize(QSizeF size) { return pairForm(size.width(), size.height()); }
 
 QSizeF XQSizeFromXMLStringValue(const QString& text)
 {

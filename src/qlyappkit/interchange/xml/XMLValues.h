@@ -2,8 +2,8 @@
 // Text forms of the values the framework stores in XML elements and attributes. Each writer has a reader that
 // accepts what it writes; readers never fail: bad or empty text gives the fallback documented per function.
 // Integers are parsed at native 64-bit width (only very old toolkits read them as 32 bits).
-#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/text/Range.h>
+#include <qlyappkit/platform/values/Color.h>
 
 #include <QDateTime>
 #include <QList>

@@ -38,9 +38,6 @@ const WordInfo* lookupWord(std::string_view name)
     return nullptr;
 }
 
-std::string_view wordName(Word word)
-{
-    return kWords[size_t(word)].name;
-}
+std::string_view wordName(Word word) { return kWords[size_t(word)].name; }
 
 } // namespace qly::rtf

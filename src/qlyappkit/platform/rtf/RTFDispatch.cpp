@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFCodePages_p.h>
 #include <qlyappkit/platform/rtf/RTFListFormats_p.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 namespace qly::rtf {
 
@@ -15,9 +15,9 @@ namespace {
 constexpr double TwipsPerPoint = 20.0;
 constexpr int TwipsPerQuarterPoint = 5;
 constexpr int DefaultHalfPoints = 24;
-constexpr int MaxHalfPoints = 3276;     // 1638 pt, the largest size word processors accept
+constexpr int MaxHalfPoints = 3276; // 1638 pt, the largest size word processors accept
 constexpr int DefaultRaiseHalfPoints = 6;
-constexpr int TwipsLimit = 31680 * 20;  // 22 inches scaled generously: larger indents are noise
+constexpr int TwipsLimit = 31680 * 20; // 22 inches scaled generously: larger indents are noise
 constexpr int MaxTabStops = 256;
 
 int clampTwips(int value) { return std::clamp(value, -TwipsLimit, TwipsLimit); }
@@ -276,16 +276,35 @@ void Interpreter::dispatchFlag(Word word, bool hasParameter, int parameter)
 void Interpreter::dispatchValue(Word word, bool hasParameter, int parameter)
 {
     switch (word) {
-    case Word::AnsiCpg: case Word::Deff: case Word::PaperW: case Word::PaperH: case Word::MargL:
-    case Word::MargR: case Word::MargT: case Word::MargB: case Word::ViewKind: case Word::FCharset:
-    case Word::Cpg: case Word::Red: case Word::Green: case Word::Blue:
+    case Word::AnsiCpg:
+    case Word::Deff:
+    case Word::PaperW:
+    case Word::PaperH:
+    case Word::MargL:
+    case Word::MargR:
+    case Word::MargT:
+    case Word::MargB:
+    case Word::ViewKind:
+    case Word::FCharset:
+    case Word::Cpg:
+    case Word::Red:
+    case Word::Green:
+    case Word::Blue:
         if (hasParameter)
             dispatchDocumentValue(word, parameter);
         return;
-    case Word::CellX: case Word::ClWWidth: case Word::ClFtsWidth: case Word::ClCbPat: case Word::Itap:
+    case Word::CellX:
+    case Word::ClWWidth:
+    case Word::ClFtsWidth:
+    case Word::ClCbPat:
+    case Word::Itap:
         dispatchTableValue(word, hasParameter ? parameter : 0);
         return;
-    case Word::ListId: case Word::LevelNfc: case Word::LevelNfcN: case Word::LevelStartAt: case Word::Ls:
+    case Word::ListId:
+    case Word::LevelNfc:
+    case Word::LevelNfcN:
+    case Word::LevelStartAt:
+    case Word::Ls:
     case Word::Ilvl:
         if (hasParameter)
             dispatchListValue(word, parameter);
@@ -325,12 +344,12 @@ void Interpreter::dispatchValue(Word word, bool hasParameter, int parameter)
         mutableState().chr.underlineColor = value;
         return;
     case Word::Up:
-        mutableState().chr.baselineHalfPoints = hasParameter ? std::clamp(value, -MaxHalfPoints, MaxHalfPoints)
-                                                             : DefaultRaiseHalfPoints;
+        mutableState().chr.baselineHalfPoints =
+            hasParameter ? std::clamp(value, -MaxHalfPoints, MaxHalfPoints) : DefaultRaiseHalfPoints;
         return;
     case Word::Dn:
-        mutableState().chr.baselineHalfPoints = hasParameter ? -std::clamp(value, -MaxHalfPoints, MaxHalfPoints)
-                                                             : -DefaultRaiseHalfPoints;
+        mutableState().chr.baselineHalfPoints =
+            hasParameter ? -std::clamp(value, -MaxHalfPoints, MaxHalfPoints) : -DefaultRaiseHalfPoints;
         return;
     case Word::Expnd:
         mutableState().chr.kernTwips = clampTwips(value) * TwipsPerQuarterPoint;
@@ -493,7 +512,7 @@ void Interpreter::dispatchListValue(Word word, int value)
     case Word::ListId:
         if (d == Destination::List && !m_lists.empty()) {
             m_lists.back().id = value;
-            if (!m_listIndex.contains(value))   // the first list of an id is the one used
+            if (!m_listIndex.contains(value)) // the first list of an id is the one used
                 m_listIndex.insert(value, int(m_lists.size()) - 1);
             m_textLists.clear();
         } else if (d == Destination::ListOverride) {
@@ -562,24 +581,59 @@ void Interpreter::dispatchSymbol(Word word)
     }
     char16_t c = 0;
     switch (word) {
-    case Word::Line: c = 0x2028; break;
-    case Word::Tab: c = u'\t'; break;
-    case Word::Page: c = 0x000C; break;
-    case Word::EmDash: c = 0x2014; break;
-    case Word::EnDash: c = 0x2013; break;
-    case Word::EmSpace: c = 0x2003; break;
-    case Word::EnSpace: c = 0x2002; break;
-    case Word::QmSpace: c = 0x2005; break;
-    case Word::Bullet: c = 0x2022; break;
-    case Word::LQuote: c = 0x2018; break;
-    case Word::RQuote: c = 0x2019; break;
-    case Word::LDblQuote: c = 0x201C; break;
-    case Word::RDblQuote: c = 0x201D; break;
-    case Word::Zwj: c = 0x200D; break;
-    case Word::Zwnj: c = 0x200C; break;
-    case Word::LtrMark: c = 0x200E; break;
-    case Word::RtlMark: c = 0x200F; break;
-    default: return;
+    case Word::Line:
+        c = 0x2028;
+        break;
+    case Word::Tab:
+        c = u'\t';
+        break;
+    case Word::Page:
+        c = 0x000C;
+        break;
+    case Word::EmDash:
+        c = 0x2014;
+        break;
+    case Word::EnDash:
+        c = 0x2013;
+        break;
+    case Word::EmSpace:
+        c = 0x2003;
+        break;
+    case Word::EnSpace:
+        c = 0x2002;
+        break;
+    case Word::QmSpace:
+        c = 0x2005;
+        break;
+    case Word::Bullet:
+        c = 0x2022;
+        break;
+    case Word::LQuote:
+        c = 0x2018;
+        break;
+    case Word::RQuote:
+        c = 0x2019;
+        break;
+    case Word::LDblQuote:
+        c = 0x201C;
+        break;
+    case Word::RDblQuote:
+        c = 0x201D;
+        break;
+    case Word::Zwj:
+        c = 0x200D;
+        break;
+    case Word::Zwnj:
+        c = 0x200C;
+        break;
+    case Word::LtrMark:
+        c = 0x200E;
+        break;
+    case Word::RtlMark:
+        c = 0x200F;
+        break;
+    default:
+        return;
     }
     appendCharacter(c);
 }
@@ -614,7 +668,7 @@ void Interpreter::controlSymbol(char symbol)
         appendCharacter(0x00AD);
         return;
     default:
-        return;   // "\:", "\|" and unknown symbols carry no text
+        return; // "\:", "\|" and unknown symbols carry no text
     }
 }
 

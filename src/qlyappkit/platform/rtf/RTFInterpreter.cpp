@@ -3,17 +3,17 @@
 #include <QSizeF>
 #include <algorithm>
 
-#include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/rtf/RTFCodePages_p.h>
 #include <qlyappkit/platform/rtf/RTFListFormats_p.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 
 namespace qly::rtf {
 
 namespace {
 
 constexpr double TwipsPerPoint = 20.0;
-constexpr double TwipsPerLine = 240.0;   // \sl with \slmult1 counts lines in 240ths
+constexpr double TwipsPerLine = 240.0; // \sl with \slmult1 counts lines in 240ths
 constexpr int MaxTableDepth = 64;
 constexpr int MaxListLevels = 9;
 
@@ -29,17 +29,14 @@ void hashCombine(size_t& seed, size_t value) { seed ^= value + 0x9e3779b97f4a7c1
 size_t CharFormatHash::operator()(const CharFormat& f) const
 {
     size_t h = 0;
-    for (int v : {f.font, f.halfPoints, f.underlineColor, f.foreground, f.background, f.baselineHalfPoints,
-                  f.kernTwips, f.link, int(f.underline), int(f.strike), int(f.script),
-                  int(f.bold) | int(f.italic) << 1 | int(f.hidden) << 2})
+    for (int v :
+         {f.font, f.halfPoints, f.underlineColor, f.foreground, f.background, f.baselineHalfPoints, f.kernTwips, f.link,
+          int(f.underline), int(f.strike), int(f.script), int(f.bold) | int(f.italic) << 1 | int(f.hidden) << 2})
         hashCombine(h, std::hash<int>()(v));
     return h;
 }
 
-Interpreter::Interpreter() : m_documentCodePage(DefaultCodePage)
-{
-    m_states.emplace_back();
-}
+Interpreter::Interpreter() : m_documentCodePage(DefaultCodePage) { m_states.emplace_back(); }
 
 Interpreter::~Interpreter() = default;
 
@@ -536,9 +533,9 @@ TextList Interpreter::textListForLevel(const ListDef& list, int level) const
             }
         }
     }
-    result.markerFormat = markerFormatForNumberedLevel(def.numberFormat,
-                                                       withoutPlaceholders(QStringView(tmpl).mid(ownStart, own - ownStart)),
-                                                       withoutPlaceholders(QStringView(tmpl).mid(own + 1)));
+    result.markerFormat = markerFormatForNumberedLevel(
+        def.numberFormat, withoutPlaceholders(QStringView(tmpl).mid(ownStart, own - ownStart)),
+        withoutPlaceholders(QStringView(tmpl).mid(own + 1)));
     return result;
 }
 

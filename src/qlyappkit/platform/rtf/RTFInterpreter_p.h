@@ -12,17 +12,17 @@
 #include <unordered_map>
 #include <vector>
 
+#include <qlyappkit/platform/rtf/RTFControlWords_p.h>
+#include <qlyappkit/platform/rtf/RTFHandler_p.h>
 #include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/rtf/RTFControlWords_p.h>
-#include <qlyappkit/platform/rtf/RTFHandler_p.h>
 
 namespace qly::rtf {
 
 enum class Destination : std::uint8_t {
-    Text,               ///< document text (also list marker text and field results)
-    Ignored,            ///< words are read, text is dropped
+    Text, ///< document text (also list marker text and field results)
+    Ignored, ///< words are read, text is dropped
     FontTable,
     ColorTable,
     Info,
@@ -38,12 +38,12 @@ enum class Destination : std::uint8_t {
 };
 
 struct CharFormat {
-    int font = -1;   ///< font number; -1 for the document's default font
+    int font = -1; ///< font number; -1 for the document's default font
     int halfPoints = 24;
     int underlineColor = 0, foreground = 0, background = 0;
     int baselineHalfPoints = 0;
     int kernTwips = 0;
-    int link = -1;   ///< index into the link targets
+    int link = -1; ///< index into the link targets
     std::uint8_t underline = 0, strike = 0;
     std::int8_t script = 0;
     bool bold = false, italic = false, hidden = false;
@@ -58,11 +58,11 @@ struct ParaFormat {
     TextAlignment alignment = NaturalTextAlignment;
     int firstIndent = 0, leftIndent = 0, rightIndent = 0;
     int spaceBefore = 0, spaceAfter = 0;
-    int lineRule = 0;            ///< \sl
-    bool lineMultiple = false;   ///< \slmult1
-    int leading = 0, minHeight = -1, maxHeight = -1;   ///< the explicit line-height words; -1 unset
+    int lineRule = 0; ///< \sl
+    bool lineMultiple = false; ///< \slmult1
+    int leading = 0, minHeight = -1, maxHeight = -1; ///< the explicit line-height words; -1 unset
     int list = 0, level = 0;
-    int itap = -1;   ///< -1 when not given
+    int itap = -1; ///< -1 when not given
     bool inTable = false;
     int outlineLevel = -1;
     TextAlignment nextTabAlignment = LeftTextAlignment;
@@ -75,7 +75,7 @@ struct GroupState {
     int unicodeSkip = 1;
     CharFormat chr;
     ParaFormat para;
-    int repeat = 0;   ///< further nested groups sharing this entry unchanged
+    int repeat = 0; ///< further nested groups sharing this entry unchanged
 };
 
 class Interpreter final : public Handler {
@@ -103,7 +103,7 @@ private:
     struct ListLevelDef {
         int numberFormat = 0;
         int startAt = 1;
-        QString text;   ///< \leveltext: length, then the template with level placeholders 0–8
+        QString text; ///< \leveltext: length, then the template with level placeholders 0–8
     };
     struct ListDef {
         int id = 0;
@@ -122,7 +122,7 @@ private:
     };
     struct PendingRun {
         qsizetype start = 0;
-        int format = 0;   ///< index into m_formats
+        int format = 0; ///< index into m_formats
     };
     enum class ParagraphEnd { Paragraph, Cell, NestedCell };
 
@@ -204,8 +204,8 @@ private:
 
     // Lists.
     std::vector<ListDef> m_lists;
-    QHash<int, int> m_overrides;   ///< \ls number → list id
-    QHash<int, int> m_listIndex;   ///< list id → index into m_lists
+    QHash<int, int> m_overrides; ///< \ls number → list id
+    QHash<int, int> m_listIndex; ///< list id → index into m_lists
     int m_overrideLs = 0, m_overrideListId = 0;
     QHash<quint64, QVector<TextList>> m_textLists;
 

@@ -9,8 +9,8 @@ struct NamedBullet {
     char16_t character;
 };
 constexpr NamedBullet kBullets[] = {
-    {"disc", 0x2022}, {"circle", 0x25E6}, {"square", 0x25AA}, {"diamond", 0x25C6},
-    {"hyphen", 0x2043}, {"check", 0x2713}, {"box", 0x2610},
+    {"disc", 0x2022},   {"circle", 0x25E6}, {"square", 0x25AA}, {"diamond", 0x25C6},
+    {"hyphen", 0x2043}, {"check", 0x2713},  {"box", 0x2610},
 };
 
 struct NamedNumbering {

@@ -10,8 +10,8 @@ inline constexpr int NoNumberFormat = 255;
 
 struct LevelFormat {
     int numberFormat = BulletNumberFormat;
-    QString before;   ///< text before the number; for bullets the whole marker text
-    QString after;    ///< text after the number (empty for bullets)
+    QString before; ///< text before the number; for bullets the whole marker text
+    QString after; ///< text after the number (empty for bullets)
 };
 
 LevelFormat levelFormatForMarkerFormat(const QString& markerFormat);

@@ -21,7 +21,8 @@ void Output::number(long long value)
     char buffer[24];
     int n = 0;
     const bool negative = value < 0;
-    unsigned long long v = negative ? 0ULL - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
+    unsigned long long v =
+        negative ? 0ULL - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
     do {
         buffer[n++] = char('0' + v % 10);
         v /= 10;

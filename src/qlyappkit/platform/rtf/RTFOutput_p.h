@@ -10,7 +10,7 @@ namespace qly::rtf {
 
 class Output {
 public:
-    explicit Output(QByteArray& bytes) : m_bytes(bytes) {}
+    explicit Output(QByteArray& bytes) : m_bytes(bytes) { }
 
     void word(Word w);
     void word(Word w, int value);

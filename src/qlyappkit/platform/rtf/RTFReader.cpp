@@ -82,8 +82,8 @@ std::optional<AttributedString> attributedStringFromRTF(const QByteArray& rtf, Q
                                                         RTFParseResult* result)
 {
     qsizetype start = 0;
-    while (start < rtf.size() && (rtf.at(start) == ' ' || rtf.at(start) == '\t' || rtf.at(start) == '\r'
-                                  || rtf.at(start) == '\n'))
+    while (start < rtf.size()
+           && (rtf.at(start) == ' ' || rtf.at(start) == '\t' || rtf.at(start) == '\r' || rtf.at(start) == '\n'))
         ++start;
     if (!QByteArrayView(rtf).sliced(start).startsWith(DocumentStart)) {
         if (result)

@@ -15,13 +15,13 @@ namespace qly {
 
 enum class RTFParseStatus {
     Ok,
-    NotRTF,          ///< the data does not begin with "{\rtf" (after blanks): nothing was read
-    UnexpectedEnd,   ///< the data ended inside a group (truncated file or missing braces)
+    NotRTF, ///< the data does not begin with "{\rtf" (after blanks): nothing was read
+    UnexpectedEnd, ///< the data ended inside a group (truncated file or missing braces)
 };
 
 struct RTFParseResult {
     RTFParseStatus status = RTFParseStatus::Ok;
-    qsizetype offset = 0;   ///< byte offset where the problem was found
+    qsizetype offset = 0; ///< byte offset where the problem was found
     explicit operator bool() const { return status == RTFParseStatus::Ok; }
     /// A short English description of the status, for messages.
     QString description() const;
@@ -29,7 +29,8 @@ struct RTFParseResult {
 
 /// Reads RTF. Nothing when the data is not RTF; otherwise the text, with the page size, margins,
 /// author and view mode put in documentAttributes (keys from PlatformAttributes.h) when asked for.
-std::optional<AttributedString> attributedStringFromRTF(const QByteArray& rtf, QVariantMap* documentAttributes = nullptr,
+std::optional<AttributedString> attributedStringFromRTF(const QByteArray& rtf,
+                                                        QVariantMap* documentAttributes = nullptr,
                                                         RTFParseResult* result = nullptr);
 
 } // namespace qly

@@ -40,7 +40,7 @@ Token Tokenizer::next()
             return controlToken(start);
         case '\r':
         case '\n':
-            ++m_pos;   // line breaks in RTF source carry no meaning
+            ++m_pos; // line breaks in RTF source carry no meaning
             continue;
         default: {
             while (m_pos < n) {
@@ -61,7 +61,7 @@ Token Tokenizer::controlToken(qsizetype start)
     const qsizetype n = qsizetype(m_data.size());
     m_pos = start + 1;
     if (m_pos >= n)
-        return Token{TokenKind::End, {}, 0, false, 0, 0, n};   // a lone backslash at the very end
+        return Token{TokenKind::End, {}, 0, false, 0, 0, n}; // a lone backslash at the very end
     const char c = m_data[size_t(m_pos)];
 
     if (isLetter(c)) {
@@ -69,7 +69,8 @@ Token Tokenizer::controlToken(qsizetype start)
         while (m_pos < n && isLetter(m_data[size_t(m_pos)]))
             ++m_pos;
         const qsizetype nameLength = std::min<qsizetype>(m_pos - nameStart, MaxWordLength);
-        Token token{TokenKind::ControlWord, m_data.substr(size_t(nameStart), size_t(nameLength)), 0, false, 0, 0, start};
+        Token token{
+            TokenKind::ControlWord, m_data.substr(size_t(nameStart), size_t(nameLength)), 0, false, 0, 0, start};
 
         bool negative = false;
         if (m_pos + 1 < n && m_data[size_t(m_pos)] == '-' && isDigit(m_data[size_t(m_pos) + 1])) {
@@ -91,7 +92,7 @@ Token Tokenizer::controlToken(qsizetype start)
             token.hasParameter = true;
         }
         if (m_pos < n && m_data[size_t(m_pos)] == ' ')
-            ++m_pos;   // the delimiting blank belongs to the control word
+            ++m_pos; // the delimiting blank belongs to the control word
 
         if (token.text == "bin" && token.hasParameter && token.parameter > 0) {
             const qsizetype length = std::min<qsizetype>(token.parameter, n - m_pos);

@@ -11,11 +11,11 @@ namespace qly::rtf {
 enum class TokenKind : std::uint8_t {
     GroupStart,
     GroupEnd,
-    ControlWord,    ///< name in text; parameter when hasParameter ("\par" from "\" + line break too)
-    ControlSymbol,  ///< a backslash and one non-letter, in symbol
-    Text,           ///< bytes without markup and without line breaks
-    HexByte,        ///< "\'hh", in byte
-    Binary,         ///< the bytes of "\binN" (its control word is not reported)
+    ControlWord, ///< name in text; parameter when hasParameter ("\par" from "\" + line break too)
+    ControlSymbol, ///< a backslash and one non-letter, in symbol
+    Text, ///< bytes without markup and without line breaks
+    HexByte, ///< "\'hh", in byte
+    Binary, ///< the bytes of "\binN" (its control word is not reported)
     End,
 };
 
@@ -26,7 +26,7 @@ struct Token {
     bool hasParameter = false;
     char symbol = 0;
     std::uint8_t byte = 0;
-    qsizetype offset = 0;   ///< where the token starts in the input
+    qsizetype offset = 0; ///< where the token starts in the input
 };
 
 class Tokenizer {
@@ -34,7 +34,7 @@ public:
     /// Control word names longer than this are cut (the rest of the letters is still consumed).
     static constexpr int MaxWordLength = 32;
 
-    explicit Tokenizer(std::string_view data, qsizetype start = 0) : m_data(data), m_pos(start) {}
+    explicit Tokenizer(std::string_view data, qsizetype start = 0) : m_data(data), m_pos(start) { }
 
     Token next();
     /// Consumes everything up to and including the end of the current group (whose start has been

@@ -5,12 +5,12 @@
 #include <cmath>
 #include <vector>
 
+#include <qlyappkit/platform/rtf/RTFOutput_p.h>
+#include <qlyappkit/platform/rtf/RTFWriterTables_p.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/platform/rtf/RTFOutput_p.h>
-#include <qlyappkit/platform/rtf/RTFWriterTables_p.h>
 
 namespace qly {
 
@@ -26,7 +26,7 @@ constexpr const char* HyperlinkResult = "\"}}{\\fldrslt ";
 constexpr const char* NestedRowStart = "{\\*\\nesttableprops";
 constexpr const char* NestedRowEnd = "}{\\nonesttables\\par}";
 
-constexpr int DefaultTableWidthTwips = 8640;   // six inches
+constexpr int DefaultTableWidthTwips = 8640; // six inches
 constexpr int CellGapTwips = 108;
 constexpr int MaxListTextLength = 24;
 
@@ -41,16 +41,16 @@ struct CharState {
     int strike = 0;
     int foreground = 0, background = 0;
     int script = 0;
-    int baseline = 0;   // half-points
-    int kern = 0;       // twips
+    int baseline = 0; // half-points
+    int kern = 0; // twips
     friend bool operator==(const CharState&, const CharState&) = default;
 };
 
 struct Paragraph {
-    qsizetype start = 0, contentEnd = 0, end = 0;   // [contentEnd, end) is the terminator
+    qsizetype start = 0, contentEnd = 0, end = 0; // [contentEnd, end) is the terminator
     ParagraphStyle style;
-    QVector<TextBlock> tables;   // the blocks that are table cells, outermost first
-    int list = 0;                // \ls number; 0 outside lists
+    QVector<TextBlock> tables; // the blocks that are table cells, outermost first
+    int list = 0; // \ls number; 0 outside lists
 };
 
 struct Run {
@@ -63,10 +63,7 @@ bool sameCell(const TextBlock& a, const TextBlock& b)
     return a.table == b.table && a.startingRow == b.startingRow && a.startingColumn == b.startingColumn;
 }
 
-bool sameRow(const TextBlock& a, const TextBlock& b)
-{
-    return a.table == b.table && a.startingRow == b.startingRow;
-}
+bool sameRow(const TextBlock& a, const TextBlock& b) { return a.table == b.table && a.startingRow == b.startingRow; }
 
 QString linkTarget(const QVariant& value)
 {
@@ -168,7 +165,7 @@ void Writer::collect()
             if (!terminator)
                 continue;
         } else if (start == n) {
-            break;   // no empty paragraph after a final break
+            break; // no empty paragraph after a final break
         }
         Paragraph p;
         p.start = start;
@@ -191,7 +188,7 @@ void Writer::collect()
     }
 
     for (const Run& r : m_runs)
-        charStateFor(r.attributes);   // registers fonts and colours in order of use
+        charStateFor(r.attributes); // registers fonts and colours in order of use
 }
 
 void Writer::writeHeader()
@@ -218,9 +215,10 @@ void Writer::writeHeader()
         m_out.word(Word::PaperW, twips(paper.toSizeF().width()));
         m_out.word(Word::PaperH, twips(paper.toSizeF().height()));
     }
-    const std::pair<const QString*, Word> margins[] = {
-        {&LeftMarginDocumentAttribute, Word::MargL}, {&RightMarginDocumentAttribute, Word::MargR},
-        {&TopMarginDocumentAttribute, Word::MargT}, {&BottomMarginDocumentAttribute, Word::MargB}};
+    const std::pair<const QString*, Word> margins[] = {{&LeftMarginDocumentAttribute, Word::MargL},
+                                                       {&RightMarginDocumentAttribute, Word::MargR},
+                                                       {&TopMarginDocumentAttribute, Word::MargT},
+                                                       {&BottomMarginDocumentAttribute, Word::MargB}};
     for (const auto& [key, word] : margins) {
         const QVariant margin = m_documentAttributes.value(*key);
         if (margin.isValid())
@@ -272,10 +270,18 @@ void Writer::switchTo(const CharState& n)
         n.italic ? m_out.word(Word::I) : m_out.word(Word::I, 0);
     if (n.underline != o.underline) {
         switch (n.underline) {
-        case 0: m_out.word(Word::UlNone); break;
-        case 2: m_out.word(Word::UlTh); break;
-        case 9: m_out.word(Word::UlDb); break;
-        default: m_out.word(Word::Ul); break;
+        case 0:
+            m_out.word(Word::UlNone);
+            break;
+        case 2:
+            m_out.word(Word::UlTh);
+            break;
+        case 9:
+            m_out.word(Word::UlDb);
+            break;
+        default:
+            m_out.word(Word::Ul);
+            break;
         }
     }
     if (n.underlineColor != o.underlineColor)
@@ -348,7 +354,7 @@ void Writer::writeRunText(const Run& run, qsizetype from, qsizetype to)
         m_out.text(QStringView(m_string).mid(i, j - i));
         if (j < to) {
             if (!attachment)
-                m_out.unicode(AttachmentCharacter);   // attachments themselves are not written
+                m_out.unicode(AttachmentCharacter); // attachments themselves are not written
             ++j;
         }
         i = j;
@@ -402,11 +408,20 @@ void Writer::writeParagraphProperties(const Paragraph& p)
         m_out.word(Word::LineSpacing, twips(s.lineSpacing()));
 
     switch (s.alignment()) {
-    case LeftTextAlignment: m_out.word(Word::Ql); break;
-    case RightTextAlignment: m_out.word(Word::Qr); break;
-    case CenterTextAlignment: m_out.word(Word::Qc); break;
-    case JustifiedTextAlignment: m_out.word(Word::Qj); break;
-    default: break;   // natural: no control
+    case LeftTextAlignment:
+        m_out.word(Word::Ql);
+        break;
+    case RightTextAlignment:
+        m_out.word(Word::Qr);
+        break;
+    case CenterTextAlignment:
+        m_out.word(Word::Qc);
+        break;
+    case JustifiedTextAlignment:
+        m_out.word(Word::Qj);
+        break;
+    default:
+        break; // natural: no control
     }
     if (s.headerLevel() > 0)
         m_out.word(Word::OutlineLevel, s.headerLevel() - 1);
@@ -443,7 +458,8 @@ void Writer::writeRowDefinition(size_t index, int level, bool nested)
     m_out.word(Word::Trowd);
     m_out.word(Word::TrGaph, CellGapTwips);
     m_out.word(Word::TrLeft, -CellGapTwips);
-    const int columns = std::max<int>(1, first.table->numberOfColumns > 0 ? first.table->numberOfColumns : int(cells.size()));
+    const int columns =
+        std::max<int>(1, first.table->numberOfColumns > 0 ? first.table->numberOfColumns : int(cells.size()));
     int edge = 0;
     for (const TextBlock& cell : cells) {
         if (cell.backgroundColor.alphaComponent() > 0)
@@ -467,7 +483,8 @@ void Writer::writeParagraph(size_t index)
     const Paragraph* previous = index > 0 ? &m_paragraphs[index - 1] : nullptr;
 
     // A new row of the outermost table is defined in front of its first paragraph.
-    if (!p.tables.isEmpty() && (!previous || previous->tables.isEmpty() || !sameRow(previous->tables.front(), p.tables.front()))) {
+    if (!p.tables.isEmpty()
+        && (!previous || previous->tables.isEmpty() || !sameRow(previous->tables.front(), p.tables.front()))) {
         closeLink();
         writeRowDefinition(index, 0, false);
     }

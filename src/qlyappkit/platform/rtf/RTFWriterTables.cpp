@@ -9,7 +9,7 @@ namespace qly::rtf {
 namespace {
 
 constexpr int MaxListLevels = 9;
-constexpr int ListIndentStep = 720;     // twips per list level
+constexpr int ListIndentStep = 720; // twips per list level
 constexpr int ListMarkerIndent = -360;
 
 Word familyWord(const QString& family)
@@ -26,10 +26,7 @@ Word familyWord(const QString& family)
     return Word::FNil;
 }
 
-int component(double value)
-{
-    return int(std::lround(std::clamp(value, 0.0, 1.0) * 255.0));
-}
+int component(double value) { return int(std::lround(std::clamp(value, 0.0, 1.0) * 255.0)); }
 
 quint32 packed(const Color& c)
 {
@@ -72,10 +69,7 @@ void FontTable::write(Output& out) const
 
 // ---------------------------------------------------------------- colours
 
-ColorTable::ColorTable()
-{
-    indexOf(Color::whiteColor());
-}
+ColorTable::ColorTable() { indexOf(Color::whiteColor()); }
 
 int ColorTable::indexOf(const Color& color)
 {
@@ -84,7 +78,7 @@ int ColorTable::indexOf(const Color& color)
     if (it != m_index.constEnd())
         return *it;
     m_colors.push_back(key);
-    const int index = int(m_colors.size());   // entry 0 is the automatic colour
+    const int index = int(m_colors.size()); // entry 0 is the automatic colour
     m_index.insert(key, index);
     return index;
 }

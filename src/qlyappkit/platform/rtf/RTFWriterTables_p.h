@@ -5,10 +5,10 @@
 #include <QVector>
 #include <vector>
 
+#include <qlyappkit/platform/rtf/RTFOutput_p.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/rtf/RTFOutput_p.h>
 
 namespace qly::rtf {
 

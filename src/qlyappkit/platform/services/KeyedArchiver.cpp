@@ -25,7 +25,7 @@ const QString kRefKey = QStringLiteral("$ref");
 const QString kItemsKey = QStringLiteral("items");
 
 // Class names of the Qt value types the archiver writes itself.
-const QString kDictionaryClass = QStringLiteral("Dictionary");   // a plain map that has its own "$class"
+const QString kDictionaryClass = QStringLiteral("Dictionary"); // a plain map that has its own "$class"
 const QString kStringListClass = QStringLiteral("StringList");
 const QString kSizeClass = QStringLiteral("Size");
 const QString kPointClass = QStringLiteral("Point");
@@ -98,7 +98,7 @@ struct Session {
     QHash<qint64, QVariant> objects;
     QSet<qint64> objectsInProgress;
     QHash<qint64, std::shared_ptr<TextTable>> tables;
-    std::optional<QHash<qint64, QCborMap>> definitions;   // built when a reference comes before its object
+    std::optional<QHash<qint64, QCborMap>> definitions; // built when a reference comes before its object
 };
 
 thread_local Session* t_session = nullptr;
@@ -282,7 +282,7 @@ QVariant decodeRegistered(const QCborMap& map, const TypeEntry& entry, Session& 
     if (auto it = session.objects.constFind(number); it != session.objects.constEnd())
         return *it;
     if (session.objectsInProgress.contains(number))
-        return {};   // a cycle: the object is still being read
+        return {}; // a cycle: the object is still being read
 
     QCborMap definition = map;
     if (ref.isInteger()) {
@@ -401,7 +401,7 @@ QVariant decodeValue(const QCborValue& value, Session& session)
         }
         return result;
     }
-    default:   // null, undefined, other simple types and unknown tags
+    default: // null, undefined, other simple types and unknown tags
         return {};
     }
 }
@@ -422,10 +422,7 @@ QVariant decode(const QCborValue& value)
     return decodeValue(value, scope.session());
 }
 
-QByteArray archivedData(const QVariant& value)
-{
-    return encode(value).toCbor();
-}
+QByteArray archivedData(const QVariant& value) { return encode(value).toCbor(); }
 
 QVariant unarchive(const QByteArray& data)
 {
@@ -437,10 +434,7 @@ QVariant unarchive(const QByteArray& data)
     return decode(value);
 }
 
-QVariant deepCopy(const QVariant& value)
-{
-    return decode(encode(value));
-}
+QVariant deepCopy(const QVariant& value) { return decode(encode(value)); }
 
 void registerType(int metaTypeId, const QString& className, Encoder encoder, Decoder decoder, Identity identity)
 {

@@ -37,8 +37,7 @@ using Identity = std::function<const void*(const QVariant&)>;
 
 /// Teaches the archiver a type held in QVariants: its metatype id and a stable class name. A second
 /// registration of the same type or class name replaces the first.
-void registerType(int metaTypeId, const QString& className, Encoder encoder, Decoder decoder,
-                  Identity identity = {});
+void registerType(int metaTypeId, const QString& className, Encoder encoder, Decoder decoder, Identity identity = {});
 
 } // namespace archiving
 

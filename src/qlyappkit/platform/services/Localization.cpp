@@ -4,10 +4,7 @@
 
 namespace qly {
 
-QString localized(const char* english)
-{
-    return QCoreApplication::translate("QlyAppKit", english);
-}
+QString localized(const char* english) { return QCoreApplication::translate("QlyAppKit", english); }
 
 QString localized(const QString& english)
 {

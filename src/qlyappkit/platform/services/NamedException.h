@@ -8,7 +8,9 @@ namespace qly {
 class NamedException : public std::runtime_error {
 public:
     NamedException(const QString& name, const QString& reason)
-        : std::runtime_error((name + QStringLiteral(": ") + reason).toStdString()), m_name(name), m_reason(reason) {}
+        : std::runtime_error((name + QStringLiteral(": ") + reason).toStdString()), m_name(name), m_reason(reason)
+    {
+    }
     const QString& name() const { return m_name; }
     const QString& reason() const { return m_reason; }
 

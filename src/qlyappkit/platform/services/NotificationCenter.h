@@ -12,7 +12,7 @@ namespace qly {
 
 struct Notification {
     QString name;
-    const void* object = nullptr;   ///< the sender, compared by identity
+    const void* object = nullptr; ///< the sender, compared by identity
     QVariantMap userInfo;
 };
 
@@ -58,7 +58,10 @@ public:
     ScopedObserver(const QString& name, const void* sender, NotificationCenter::Handler handler,
                    NotificationCenter& center = NotificationCenter::defaultCenter());
     ~ScopedObserver() { reset(); }
-    ScopedObserver(ScopedObserver&& other) noexcept : m_center(other.m_center), m_token(other.m_token) { other.m_token = 0; }
+    ScopedObserver(ScopedObserver&& other) noexcept : m_center(other.m_center), m_token(other.m_token)
+    {
+        other.m_token = 0;
+    }
     ScopedObserver& operator=(ScopedObserver&& other) noexcept;
     ScopedObserver(const ScopedObserver&) = delete;
     ScopedObserver& operator=(const ScopedObserver&) = delete;

@@ -68,7 +68,7 @@ const QString attributes = QStringLiteral("attributes");
 // keep the value the caller started from.
 class FieldReader {
 public:
-    explicit FieldReader(const QCborMap& map) : m_map(map) {}
+    explicit FieldReader(const QCborMap& map) : m_map(map) { }
     bool ok() const { return m_ok; }
 
     void read(const QString& name, double& out)
@@ -79,8 +79,7 @@ public:
         else if (!v.isUndefined())
             m_ok = false;
     }
-    template <typename Int>
-    void readInt(const QString& name, Int& out)
+    template <typename Int> void readInt(const QString& name, Int& out)
     {
         const QCborValue v = m_map.value(name);
         if (v.isInteger())
@@ -264,10 +263,7 @@ QCborMap encodeParagraphStyle(const QVariant& value)
     return map;
 }
 
-bool validAlignment(int a)
-{
-    return a >= LeftTextAlignment && a <= NaturalTextAlignment;
-}
+bool validAlignment(int a) { return a >= LeftTextAlignment && a <= NaturalTextAlignment; }
 
 QVariant decodeParagraphStyle(const QCborMap& map)
 {
@@ -452,7 +448,8 @@ QVariant decodeAttributedString(const QCborMap& map)
 
 void registerPlatformTypes(const AddType& add)
 {
-    add(qMetaTypeId<Color>(), QStringLiteral("Color"),
+    add(
+        qMetaTypeId<Color>(), QStringLiteral("Color"),
         [](const QVariant& v) { return encodeColorFields(v.value<Color>()); },
         [](const QCborMap& map) -> QVariant {
             const std::optional<Color> color = decodeColorFields(map);
@@ -460,8 +457,8 @@ void registerPlatformTypes(const AddType& add)
         },
         {});
     add(qMetaTypeId<Font>(), QStringLiteral("Font"), encodeFont, decodeFont, {});
-    add(qMetaTypeId<ParagraphStyle>(), QStringLiteral("ParagraphStyle"), encodeParagraphStyle,
-        decodeParagraphStyle, {});
+    add(qMetaTypeId<ParagraphStyle>(), QStringLiteral("ParagraphStyle"), encodeParagraphStyle, decodeParagraphStyle,
+        {});
     add(qMetaTypeId<TextAttachment>(), QStringLiteral("TextAttachment"), encodeAttachment, decodeAttachment,
         [](const QVariant& v) { return v.value<TextAttachment>().identity(); });
     add(qMetaTypeId<AttributedString>(), QStringLiteral("AttributedString"), encodeAttributedString,

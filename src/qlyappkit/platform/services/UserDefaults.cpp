@@ -41,10 +41,7 @@ UserDefaults& UserDefaults::standard()
     return *instance;
 }
 
-void UserDefaults::useIsolatedStorage(const QString& directory)
-{
-    isolatedDirectory() = directory;
-}
+void UserDefaults::useIsolatedStorage(const QString& directory) { isolatedDirectory() = directory; }
 
 QString UserDefaults::processName()
 {
@@ -70,10 +67,7 @@ void UserDefaults::setValue(const QString& key, const QVariant& value)
         m_settings->setValue(key, value);
 }
 
-void UserDefaults::removeValue(const QString& key)
-{
-    m_settings->remove(key);
-}
+void UserDefaults::removeValue(const QString& key) { m_settings->remove(key); }
 
 bool UserDefaults::contains(const QString& key) const
 {

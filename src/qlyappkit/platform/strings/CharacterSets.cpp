@@ -54,10 +54,7 @@ bool isPunctuation(char32_t c)
     }
 }
 
-bool isNewline(char32_t c)
-{
-    return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
-}
+bool isNewline(char32_t c) { return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029; }
 
 bool containsAlphanumeric(QStringView text)
 {

@@ -76,8 +76,7 @@ Range rangeOfUnescapedString(const QString& self, const QString& target, Charact
     return rangeOfUnescapedString(self, target, 0u, Range{0, self.size()}, terminatingSet);
 }
 
-qsizetype occurrencesOfUnescapedString(const QString& self, const QString& target, unsigned options,
-                                       Range range)
+qsizetype occurrencesOfUnescapedString(const QString& self, const QString& target, unsigned options, Range range)
 {
     options &= ~unsigned(BackwardsSearch);
     const Range whole = clipped(range, self.size());

@@ -8,8 +8,8 @@
 #include <QString>
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
-#include <qlyappkit/platform/text/Range.h>
 #include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/platform/text/Range.h>
 
 namespace qly {
 
@@ -27,8 +27,7 @@ Range rangeOfUnescapedString(const QString& self, const QString& target);
 Range rangeOfUnescapedString(const QString& self, const QString& target, CharacterSet terminatingSet);
 
 /// Number of non-overlapping unescaped matches in range, always counted forwards.
-qsizetype occurrencesOfUnescapedString(const QString& self, const QString& target, unsigned options,
-                                       Range range);
+qsizetype occurrencesOfUnescapedString(const QString& self, const QString& target, unsigned options, Range range);
 
 /// Widens range to the braced construct around it: from the last unescaped "{" before the range to
 /// the unescaped "}" that balances it. Not found when no "{" precedes the range; when the closing

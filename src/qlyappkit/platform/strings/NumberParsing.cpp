@@ -10,10 +10,7 @@
 namespace qly {
 namespace {
 
-bool isAsciiDigit(QChar c)
-{
-    return c.unicode() >= u'0' && c.unicode() <= u'9';
-}
+bool isAsciiDigit(QChar c) { return c.unicode() >= u'0' && c.unicode() <= u'9'; }
 
 qsizetype skipBlanks(QStringView text, qsizetype i = 0)
 {
@@ -50,8 +47,7 @@ LeadingInteger scanInteger(QStringView text)
     return result;
 }
 
-template <typename Signed>
-Signed clampedSigned(const LeadingInteger& n)
+template <typename Signed> Signed clampedSigned(const LeadingInteger& n)
 {
     using Limits = std::numeric_limits<Signed>;
     if (n.negative) {
@@ -69,8 +65,7 @@ Signed clampedSigned(const LeadingInteger& n)
 // arithmetic below from overflowing on absurd inputs.
 constexpr qint64 kExponentSaturation = qint64(1) << 50;
 
-template <typename Float>
-Float parseDecimal(QStringView text)
+template <typename Float> Float parseDecimal(QStringView text)
 {
     const qsizetype n = text.size();
     qsizetype i = skipBlanks(text);
@@ -137,8 +132,8 @@ Float parseDecimal(QStringView text)
     }
 
     Float value = 0;
-    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value,
-                                        std::chars_format::general);
+    const auto result =
+        std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::general);
     if (result.ec == std::errc::result_out_of_range) {
         if (magnitudeExponent + exponent > 0)
             return negative ? -std::numeric_limits<Float>::infinity() : std::numeric_limits<Float>::infinity();
@@ -151,15 +146,9 @@ Float parseDecimal(QStringView text)
 
 } // namespace
 
-int stringIntValue(QStringView text)
-{
-    return clampedSigned<int>(scanInteger(text));
-}
+int stringIntValue(QStringView text) { return clampedSigned<int>(scanInteger(text)); }
 
-qint64 stringIntegerValue(QStringView text)
-{
-    return clampedSigned<qint64>(scanInteger(text));
-}
+qint64 stringIntegerValue(QStringView text) { return clampedSigned<qint64>(scanInteger(text)); }
 
 quint64 stringUnsignedIntegerValue(QStringView text)
 {
@@ -169,15 +158,9 @@ quint64 stringUnsignedIntegerValue(QStringView text)
     return n.overflow ? std::numeric_limits<quint64>::max() : n.magnitude;
 }
 
-double stringDoubleValue(QStringView text)
-{
-    return parseDecimal<double>(text);
-}
+double stringDoubleValue(QStringView text) { return parseDecimal<double>(text); }
 
-float stringFloatValue(QStringView text)
-{
-    return parseDecimal<float>(text);
-}
+float stringFloatValue(QStringView text) { return parseDecimal<float>(text); }
 
 bool stringBoolValue(QStringView text)
 {

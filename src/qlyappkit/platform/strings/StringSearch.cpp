@@ -20,7 +20,7 @@ Range rangeOfString(const QString& haystack, const QString& needle, unsigned opt
     qsizetype location = range.location;
     qsizetype length = range.length;
     if (location < 0) {
-        length = length > 0 ? length + location : 0;   // both operands' signs differ: no overflow
+        length = length > 0 ? length + location : 0; // both operands' signs differ: no overflow
         location = 0;
     }
     const qsizetype start = qMin(location, haystack.size());

@@ -23,8 +23,8 @@ bool sameValue(const QVariant& a, const QVariant& b)
 
 qsizetype TextLeaf::runIndex(qsizetype offset) const
 {
-    auto it = std::upper_bound(runs.begin(), runs.end(), offset,
-                               [](qsizetype o, const TextRun& r) { return o < r.start; });
+    auto it =
+        std::upper_bound(runs.begin(), runs.end(), offset, [](qsizetype o, const TextRun& r) { return o < r.start; });
     return qsizetype(it - runs.begin()) - 1;
 }
 
@@ -66,7 +66,7 @@ void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype f
 
 // ---------------------------------------------------------------- the Fenwick tree
 
-AttributedStringData::AttributedStringData() : capacity(g_leafCapacity) {}
+AttributedStringData::AttributedStringData() : capacity(g_leafCapacity) { }
 
 void AttributedStringData::rebuildTree()
 {
@@ -140,7 +140,8 @@ std::vector<LeafPtr> AttributedStringData::makeLeaves(const TextPiece& piece) co
         while (run + 1 < piece.runs.size() && piece.runs[run + 1].start <= start)
             ++run;
         for (size_t r = run; r < piece.runs.size() && piece.runs[r].start < start + len; ++r)
-            leaf->runs.push_back(TextRun{std::max<qsizetype>(piece.runs[r].start - start, 0), piece.runs[r].attributes});
+            leaf->runs.push_back(
+                TextRun{std::max<qsizetype>(piece.runs[r].start - start, 0), piece.runs[r].attributes});
         out.push_back(leaf);
     }
     return out;
@@ -257,7 +258,8 @@ void AttributedStringData::replaceInLeaf(qsizetype k, qsizetype offset, qsizetyp
     if (tailRun < qsizetype(runs.size()))
         middle.push_back(TextRun{offset + insertLength, std::move(tailAttributes)});
     runs.erase(runs.begin() + eraseFrom, runs.begin() + std::max(eraseFrom, eraseTo));
-    runs.insert(runs.begin() + eraseFrom, std::make_move_iterator(middle.begin()), std::make_move_iterator(middle.end()));
+    runs.insert(runs.begin() + eraseFrom, std::make_move_iterator(middle.begin()),
+                std::make_move_iterator(middle.end()));
     normalizeRuns(runs, l.length(), eraseFrom - 1, eraseFrom + qsizetype(middle.size()));
     treeAdd(k, delta);
 }
@@ -314,7 +316,7 @@ template <typename Fn> void AttributedStringData::modifyAttributes(Range range, 
 
 // ---------------------------------------------------------------- AttributedString
 
-AttributedString::AttributedString() : d(new AttributedStringData) {}
+AttributedString::AttributedString() : d(new AttributedStringData) { }
 
 AttributedString::AttributedString(const QString& text, const Attributes& attributes) : d(new AttributedStringData)
 {
@@ -343,10 +345,7 @@ void AttributedString::setLeafCapacityForTesting(int units)
     g_leafCapacity = units > 0 ? std::max(units, 4) : DefaultLeafCapacity;
 }
 
-qsizetype AttributedString::length() const
-{
-    return d ? d->total : 0;
-}
+qsizetype AttributedString::length() const { return d ? d->total : 0; }
 
 QString AttributedString::string() const
 {

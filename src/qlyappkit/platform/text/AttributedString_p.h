@@ -10,7 +10,7 @@
 namespace qly {
 
 struct TextRun {
-    qsizetype start;   ///< offset inside the leaf (or inside a flat piece)
+    qsizetype start; ///< offset inside the leaf (or inside a flat piece)
     Attributes attributes;
 };
 
@@ -37,7 +37,7 @@ struct TextPiece {
 class AttributedStringData : public QSharedData {
 public:
     std::vector<LeafPtr> leaves;
-    std::vector<qsizetype> tree;   ///< Fenwick tree over leaf lengths, 1-based
+    std::vector<qsizetype> tree; ///< Fenwick tree over leaf lengths, 1-based
     qsizetype total = 0;
     int capacity = 0;
     mutable QString cache;
@@ -70,7 +70,11 @@ public:
     void copyToPiece(Range range, TextPiece& piece) const;
     /// Splits the piece into new leaves of at most the fill size.
     std::vector<LeafPtr> makeLeaves(const TextPiece& piece) const;
-    void invalidate() { cacheValid = false; cache = QString(); }
+    void invalidate()
+    {
+        cacheValid = false;
+        cache = QString();
+    }
 
 private:
     void replaceInLeaf(qsizetype k, qsizetype offset, qsizetype removeLength, const TextPiece& piece);

@@ -12,9 +12,6 @@ using Attributes = QVariantMap;
 
 /// Equality of two dictionaries; cheap when both share storage, which is the common case for runs
 /// that were set from the same dictionary.
-inline bool sameAttributes(const Attributes& a, const Attributes& b)
-{
-    return a.isSharedWith(b) || a == b;
-}
+inline bool sameAttributes(const Attributes& a, const Attributes& b) { return a.isSharedWith(b) || a == b; }
 
 } // namespace qly

@@ -6,8 +6,10 @@ namespace qly {
 
 MutableAttributedString::MutableAttributedString() = default;
 MutableAttributedString::MutableAttributedString(const QString& text, const Attributes& attributes)
-    : m_backing(text, attributes) {}
-MutableAttributedString::MutableAttributedString(const AttributedString& text) : m_backing(text) {}
+    : m_backing(text, attributes)
+{
+}
+MutableAttributedString::MutableAttributedString(const AttributedString& text) : m_backing(text) { }
 MutableAttributedString::~MutableAttributedString() = default;
 
 QString MutableAttributedString::string() const { return m_backing.string(); }

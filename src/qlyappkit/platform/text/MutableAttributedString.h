@@ -32,8 +32,8 @@ public:
     virtual void addAttribute(const QString& name, const QVariant& value, Range range);
     virtual void removeAttribute(const QString& name, Range range);
     virtual void replaceCharacters(Range range, const AttributedString& text);
-    virtual void beginEditing() {}
-    virtual void endEditing() {}
+    virtual void beginEditing() { }
+    virtual void endEditing() { }
 
     // ---- conveniences
     bool isEmpty() const { return length() == 0; }

@@ -1,7 +1,7 @@
 #pragma once
 // A span of UTF-16 code units, and the "not found" convention every search and query uses.
-#include <QtGlobal>
 #include <QDebug>
+#include <QtGlobal>
 
 namespace qly {
 

@@ -16,9 +16,9 @@ namespace {
 /// Word-boundary segments of a window of the text. A window edge that is not the text's edge or a
 /// line break is artificial: segments touching it may be cut wrongly, so callers widen the window.
 struct WordWindow {
-    qsizetype start = 0;     ///< window start in the text
+    qsizetype start = 0; ///< window start in the text
     QString text;
-    std::vector<qsizetype> boundaries;   ///< local offsets, ascending, including 0 and text.size()
+    std::vector<qsizetype> boundaries; ///< local offsets, ascending, including 0 and text.size()
     bool startIsReal = true;
     bool endIsReal = true;
 
@@ -64,15 +64,9 @@ constexpr qsizetype InitialRadius = 64;
 
 } // namespace
 
-Range AttributedString::paragraphRange(Range range) const
-{
-    return paragraphRangeIn(*this, range);
-}
+Range AttributedString::paragraphRange(Range range) const { return paragraphRangeIn(*this, range); }
 
-Range AttributedString::lineRange(Range range) const
-{
-    return lineRangeIn(*this, range);
-}
+Range AttributedString::lineRange(Range range) const { return lineRangeIn(*this, range); }
 
 Range AttributedString::doubleClickAtIndex(qsizetype index) const
 {

@@ -10,8 +10,10 @@ const QString TextStorageDidProcessEditingNotification = QStringLiteral("NSTextS
 const QString TextStorageWillProcessEditingNotification = QStringLiteral("NSTextStorageWillProcessEditingNotification");
 
 TextStorage::TextStorage() = default;
-TextStorage::TextStorage(const QString& text, const Attributes& attributes) : MutableAttributedString(text, attributes) {}
-TextStorage::TextStorage(const AttributedString& text) : MutableAttributedString(text) {}
+TextStorage::TextStorage(const QString& text, const Attributes& attributes) : MutableAttributedString(text, attributes)
+{
+}
+TextStorage::TextStorage(const AttributedString& text) : MutableAttributedString(text) { }
 TextStorage::~TextStorage() = default;
 
 void TextStorage::replaceCharacters(Range range, const QString& text)
@@ -27,10 +29,7 @@ void TextStorage::setAttributes(const Attributes& attributes, Range range)
     edited(EditedAttributes, range, 0);
 }
 
-void TextStorage::beginEditing()
-{
-    ++m_editingDepth;
-}
+void TextStorage::beginEditing() { ++m_editingDepth; }
 
 void TextStorage::endEditing()
 {
@@ -85,7 +84,7 @@ void TextStorage::processEditing()
     m_changeInLength = 0;
 }
 
-void TextStorage::fixAttributesInRange(Range) {}
+void TextStorage::fixAttributesInRange(Range) { }
 
 void TextStorage::addObserver(TextStorageObserver* observer)
 {

@@ -13,10 +13,7 @@ Color Color::fromQColor(const QColor& color)
     return Color(rgb.red() / max, rgb.green() / max, rgb.blue() / max, rgb.alpha() / max);
 }
 
-QColor Color::toQColor() const
-{
-    return QColor::fromRgbF(float(m_red), float(m_green), float(m_blue), float(m_alpha));
-}
+QColor Color::toQColor() const { return QColor::fromRgbF(float(m_red), float(m_green), float(m_blue), float(m_alpha)); }
 
 Color Color::blendedColorWithFraction(double fraction, const Color& other) const
 {

@@ -12,7 +12,9 @@ class Color {
 public:
     constexpr Color() = default;
     constexpr Color(double red, double green, double blue, double alpha = 1.0)
-        : m_red(red), m_green(green), m_blue(blue), m_alpha(alpha) {}
+        : m_red(red), m_green(green), m_blue(blue), m_alpha(alpha)
+    {
+    }
     static constexpr Color rgb(double red, double green, double blue, double alpha = 1.0)
     {
         return Color(red, green, blue, alpha);

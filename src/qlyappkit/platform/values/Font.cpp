@@ -47,13 +47,10 @@ constexpr std::array<Substitute, 8> kSubstitutes{{
 // (empty when none) and which of the four bold/italic combinations it has a face for.
 struct FamilyInfo {
     QString installed;
-    std::array<bool, 4> faces{};   // index: bold * 2 + italic
+    std::array<bool, 4> faces{}; // index: bold * 2 + italic
 };
 
-int faceIndex(unsigned traits)
-{
-    return ((traits & BoldFontMask) ? 2 : 0) + ((traits & ItalicFontMask) ? 1 : 0);
-}
+int faceIndex(unsigned traits) { return ((traits & BoldFontMask) ? 2 : 0) + ((traits & ItalicFontMask) ? 1 : 0); }
 
 QString installedFamily(const QString& family, const QStringList& families)
 {
@@ -104,8 +101,7 @@ FamilyInfo familyInfo(const QString& family)
 
 } // namespace
 
-Font::Font(const QString& fontName, double pointSize)
-    : m_family(fontName), m_pointSize(pointSize)
+Font::Font(const QString& fontName, double pointSize) : m_family(fontName), m_pointSize(pointSize)
 {
     for (const Suffix& s : kSuffixes) {
         const QLatin1String suffix(s.text);

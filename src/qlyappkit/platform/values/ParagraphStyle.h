@@ -28,7 +28,7 @@ struct TextTab {
 /// A list level: the marker format ("{disc}", "{decimal}.", "{lower-roman}" …), options and first number.
 struct TextList {
     QString markerFormat;
-    unsigned options = 0;          ///< 1: prepend the enclosing list's marker
+    unsigned options = 0; ///< 1: prepend the enclosing list's marker
     int startingItemNumber = 1;
     friend bool operator==(const TextList&, const TextList&) = default;
 };
@@ -41,18 +41,18 @@ struct TextTable {
 
 /// A table cell (or a nested block) that a paragraph sits in.
 struct TextBlock {
-    std::shared_ptr<TextTable> table;   ///< null for a block that is not a table cell
+    std::shared_ptr<TextTable> table; ///< null for a block that is not a table cell
     int startingRow = 0;
     int rowSpan = 1;
     int startingColumn = 0;
     int columnSpan = 1;
-    double contentWidth = 0;            ///< 0 when automatic
+    double contentWidth = 0; ///< 0 when automatic
     Color backgroundColor{1, 1, 1, 0};
     friend bool operator==(const TextBlock& a, const TextBlock& b)
     {
         return a.table == b.table && a.startingRow == b.startingRow && a.rowSpan == b.rowSpan
-            && a.startingColumn == b.startingColumn && a.columnSpan == b.columnSpan
-            && a.contentWidth == b.contentWidth && a.backgroundColor == b.backgroundColor;
+            && a.startingColumn == b.startingColumn && a.columnSpan == b.columnSpan && a.contentWidth == b.contentWidth
+            && a.backgroundColor == b.backgroundColor;
     }
 };
 

@@ -21,7 +21,7 @@ struct TextAttachment::Data {
     mutable bool imageDecoded = false;
     std::optional<QSizeF> bounds;
 
-    QByteArray loadedContents() const   // mutex held
+    QByteArray loadedContents() const // mutex held
     {
         if (!contentsLoaded) {
             QFile file(linkedPath);
@@ -31,7 +31,7 @@ struct TextAttachment::Data {
         }
         return contents;
     }
-    QImage decodedImage() const   // mutex held
+    QImage decodedImage() const // mutex held
     {
         if (!imageDecoded) {
             image = QImage::fromData(loadedContents());
@@ -41,8 +41,7 @@ struct TextAttachment::Data {
     }
 };
 
-TextAttachment::TextAttachment(const QString& fileName, const QByteArray& contents)
-    : d(std::make_shared<Data>())
+TextAttachment::TextAttachment(const QString& fileName, const QByteArray& contents) : d(std::make_shared<Data>())
 {
     d->fileName = fileName;
     d->contents = contents;
@@ -73,10 +72,7 @@ TextAttachment TextAttachment::linkedToFile(const QString& path)
     return attachment;
 }
 
-QString TextAttachment::fileName() const
-{
-    return d ? d->fileName : QString();
-}
+QString TextAttachment::fileName() const { return d ? d->fileName : QString(); }
 
 QByteArray TextAttachment::contents() const
 {
@@ -86,15 +82,9 @@ QByteArray TextAttachment::contents() const
     return d->loadedContents();
 }
 
-QString TextAttachment::linkedFilePath() const
-{
-    return d ? d->linkedPath : QString();
-}
+QString TextAttachment::linkedFilePath() const { return d ? d->linkedPath : QString(); }
 
-bool TextAttachment::isLinkedFile() const
-{
-    return d && !d->linkedPath.isEmpty();
-}
+bool TextAttachment::isLinkedFile() const { return d && !d->linkedPath.isEmpty(); }
 
 QImage TextAttachment::image() const
 {

@@ -33,15 +33,9 @@ void appendStringValue(const pugi::xml_node& node, std::string& out)
 
 } // namespace
 
-std::string toPugiString(const QString& text)
-{
-    return text.toStdString();
-}
+std::string toPugiString(const QString& text) { return text.toStdString(); }
 
-QString fromPugiString(const pugi::char_t* text)
-{
-    return text ? QString::fromUtf8(text) : QString();
-}
+QString fromPugiString(const pugi::char_t* text) { return text ? QString::fromUtf8(text) : QString(); }
 
 QString xmlValidString(const QString& text)
 {

@@ -13,7 +13,7 @@ const pugi::char_t* const kIndent = "    ";
 
 class SaveFileWriter : public pugi::xml_writer {
 public:
-    explicit SaveFileWriter(QSaveFile& file) : m_file(file) {}
+    explicit SaveFileWriter(QSaveFile& file) : m_file(file) { }
     void write(const void* data, size_t size) override
     {
         if (m_failed)
@@ -40,8 +40,7 @@ bool hasDeclaration(const pugi::xml_document& document)
 void fail(Error* error, XQXMLFileErrorCode code, const QString& path, const QString& reason)
 {
     setError(error, XQXMLFileErrorDomain, code,
-             localized("The file \u201C%1\u201D could not be saved.").arg(QFileInfo(path).fileName()),
-             reason);
+             localized("The file \u201C%1\u201D could not be saved.").arg(QFileInfo(path).fileName()), reason);
 }
 
 } // namespace

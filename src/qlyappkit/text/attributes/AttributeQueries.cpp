@@ -32,11 +32,10 @@ std::optional<ParagraphStyle> paragraphStyleFrom(const QVariant& value)
 
 // Deletes the attachment characters of the attachment runs that `remove` accepts.
 AttributedString withoutAttachments(const AttributedString& text,
-                                     const std::function<bool(const TextAttachment&)>& remove)
+                                    const std::function<bool(const TextAttachment&)>& remove)
 {
-    std::vector<Range> doomed;   // ascending, neighbours merged
-    text.enumerateAttribute(AttachmentAttributeName, Range{0, text.length()},
-                            [&](const QVariant& value, Range run) {
+    std::vector<Range> doomed; // ascending, neighbours merged
+    text.enumerateAttribute(AttachmentAttributeName, Range{0, text.length()}, [&](const QVariant& value, Range run) {
         if (value.metaType() != QMetaType::fromType<TextAttachment>() || !remove(value.value<TextAttachment>()))
             return true;
         const QString characters = text.substring(run);
@@ -119,7 +118,7 @@ QVariant lastAttribute(const AttributedString& text, const QString& name, Range 
                 *effectiveRange = run;
             return value;
         }
-        if (run.location >= index + 1 || run.isEmpty())   // cannot happen; never loop forever
+        if (run.location >= index + 1 || run.isEmpty()) // cannot happen; never loop forever
             break;
         index = run.location - 1;
     }
@@ -143,15 +142,16 @@ TextAlignment mostCommonTextAlignment(const AttributedString& text)
         return NaturalTextAlignment;
     std::map<int, qsizetype> totals;
     std::optional<TextAlignment> leader;
-    text.enumerateAttribute(ParagraphStyleAttributeName, Range{0, text.length()}, [&](const QVariant& value, Range run) {
-        const std::optional<ParagraphStyle> style = paragraphStyleFrom(value);
-        const TextAlignment alignment = style ? style->alignment() : LeftTextAlignment;
-        const qsizetype total = (totals[alignment] += run.length);
-        // Strictly greater: on a tie the earlier leader stays.
-        if (!leader || total > totals[*leader])
-            leader = alignment;
-        return true;
-    });
+    text.enumerateAttribute(ParagraphStyleAttributeName, Range{0, text.length()},
+                            [&](const QVariant& value, Range run) {
+                                const std::optional<ParagraphStyle> style = paragraphStyleFrom(value);
+                                const TextAlignment alignment = style ? style->alignment() : LeftTextAlignment;
+                                const qsizetype total = (totals[alignment] += run.length);
+                                // Strictly greater: on a tie the earlier leader stays.
+                                if (!leader || total > totals[*leader])
+                                    leader = alignment;
+                                return true;
+                            });
     return leader.value_or(NaturalTextAlignment);
 }
 

@@ -26,8 +26,7 @@ bool attributeExistsInRange(const AttributedString& text, const QString& name, R
 QVariant firstAttribute(const AttributedString& text, const QString& name, Range range,
                         Range* effectiveRange = nullptr);
 /// As firstAttribute(), stepping backwards from the range's last character.
-QVariant lastAttribute(const AttributedString& text, const QString& name, Range range,
-                       Range* effectiveRange = nullptr);
+QVariant lastAttribute(const AttributedString& text, const QString& name, Range range, Range* effectiveRange = nullptr);
 
 /// Every value of the walk over range, in order, duplicates kept, absent stretches left out.
 QVariantList valuesForAttribute(const AttributedString& text, const QString& name, Range range);

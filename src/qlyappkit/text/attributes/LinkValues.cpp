@@ -26,15 +26,9 @@ std::optional<QString> linkString(const QVariant& link)
     return std::nullopt;
 }
 
-QString commentLinkString(const QString& uniqueID)
-{
-    return XQCommentLinkScheme + uniqueID;
-}
+QString commentLinkString(const QString& uniqueID) { return XQCommentLinkScheme + uniqueID; }
 
-QString documentLinkString(const QString& identifier)
-{
-    return XQDocumentLinkScheme + identifier;
-}
+QString documentLinkString(const QString& identifier) { return XQDocumentLinkScheme + identifier; }
 
 std::optional<QString> commentIDFromLink(const QVariant& link)
 {
@@ -57,9 +51,6 @@ std::optional<QString> documentIdentifierFromDictionary(const QVariant& link)
     return it->toString();
 }
 
-QVariantMap documentLinkDictionary(const QString& identifier)
-{
-    return QVariantMap{{XQQuilleryLinkKey, identifier}};
-}
+QVariantMap documentLinkDictionary(const QString& identifier) { return QVariantMap{{XQQuilleryLinkKey, identifier}}; }
 
 } // namespace qly

@@ -35,8 +35,10 @@ inline const QString XQCharacterStyleIDAttributeName = QStringLiteral("XQCharact
 // ---- what a preserve-formatting block keeps
 
 inline const QString XQPreserveFormattingPreservesAlignment = QStringLiteral("XQPreserveFormattingPreservesAlignment");
-inline const QString XQPreserveFormattingPreservesTabsAndIndents = QStringLiteral("XQPreserveFormattingPreservesTabsAndIndents");
-inline const QString XQPreserveFormattingPreservesLineSpacing = QStringLiteral("XQPreserveFormattingPreservesLineSpacing");
+inline const QString XQPreserveFormattingPreservesTabsAndIndents =
+    QStringLiteral("XQPreserveFormattingPreservesTabsAndIndents");
+inline const QString XQPreserveFormattingPreservesLineSpacing =
+    QStringLiteral("XQPreserveFormattingPreservesLineSpacing");
 inline const QString XQPreserveFormattingPreservesFontSize = QStringLiteral("XQPreserveFormattingPreservesFontSize");
 
 // ---- link schemes (held in LinkAttributeName)

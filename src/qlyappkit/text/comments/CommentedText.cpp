@@ -2,8 +2,8 @@
 
 #include <QStringList>
 
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/LinkValues.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
@@ -77,7 +77,7 @@ Range rangeOfString(const MutableAttributedString& text, const QString& string, 
 Range rangeOfString(const AttributedString& text, const QString& string, unsigned options, Range range,
                     bool loosePunctuation, bool includeComments)
 {
-    Q_UNUSED(includeComments);   // a plain text keeps no comments list
+    Q_UNUSED(includeComments); // a plain text keeps no comments list
     return searchCharacters(text.string(), string, options, range, loosePunctuation);
 }
 
@@ -92,10 +92,7 @@ QString allCommentsAsString(const MutableAttributedString& text)
     return commentTextsOfRuns(text.attributedString());
 }
 
-QString allCommentsAsString(const AttributedString& text)
-{
-    return commentTextsOfRuns(text);
-}
+QString allCommentsAsString(const AttributedString& text) { return commentTextsOfRuns(text); }
 
 AttributedString attributedStringBySavingCommentAndQuilleryLinkIDsAsLinkAttributes(const AttributedString& text,
                                                                                    bool includeComments)

@@ -58,7 +58,8 @@ bool isNumber(const QVariant& value)
 {
     throw NamedException(UnknownKeyExceptionName,
                          QStringLiteral("[<XQComment> valueForUndefinedKey:]: this class is not key value "
-                                        "coding-compliant for the key %1.").arg(key));
+                                        "coding-compliant for the key %1.")
+                             .arg(key));
 }
 
 void warnWrongType(const QString& key, const QVariant& value)
@@ -69,15 +70,11 @@ void warnWrongType(const QString& key, const QVariant& value)
 
 } // namespace
 
-XQComment::XQComment()
-    : XQComment(std::nullopt, false)
-{
-}
+XQComment::XQComment() : XQComment(std::nullopt, false) { }
 
 XQComment::XQComment(const std::optional<AttributedString>& text, bool isFootnote)
     : m_text(text ? *text : AttributedString(isFootnote ? defaultFootnoteString() : defaultCommentString())),
-      m_uniqueID(uniqueIDString()),
-      m_isFootnote(isFootnote),
+      m_uniqueID(uniqueIDString()), m_isFootnote(isFootnote),
       m_color(isFootnote ? defaultFootnoteColor() : defaultCommentColor())
 {
     registerArchivingType();
@@ -88,10 +85,7 @@ std::shared_ptr<XQComment> XQComment::create(const std::optional<AttributedStrin
     return std::make_shared<XQComment>(text, isFootnote);
 }
 
-void XQComment::post(const QString& name)
-{
-    NotificationCenter::defaultCenter().post(name, this);
-}
+void XQComment::post(const QString& name) { NotificationCenter::defaultCenter().post(name, this); }
 
 void XQComment::setText(const AttributedString& text)
 {
@@ -101,10 +95,7 @@ void XQComment::setText(const AttributedString& text)
     post(XQCommentTextDidChangeNotification);
 }
 
-QString XQComment::string() const
-{
-    return m_text.string();
-}
+QString XQComment::string() const { return m_text.string(); }
 
 void XQComment::setFootnote(bool isFootnote)
 {
@@ -231,7 +222,8 @@ void XQComment::setNilValueForKey(const QString& key)
     else
         throw NamedException(InvalidArgumentExceptionName,
                              QStringLiteral("[<XQComment> setNilValueForKey]: could not set nil as the value "
-                                            "for the key %1.").arg(key));
+                                            "for the key %1.")
+                                 .arg(key));
 }
 
 std::shared_ptr<XQComment> XQComment::copy() const
@@ -282,15 +274,9 @@ void XQComment::registerArchivingType()
     });
 }
 
-QString XQComment::uniqueIDString()
-{
-    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-}
+QString XQComment::uniqueIDString() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper(); }
 
-QString XQComment::defaultCommentString()
-{
-    return defaultCommentString(QDateTime::currentDateTime());
-}
+QString XQComment::defaultCommentString() { return defaultCommentString(QDateTime::currentDateTime()); }
 
 QString XQComment::defaultCommentString(const QDateTime& when)
 {
@@ -305,10 +291,7 @@ void XQComment::setUserFullNameProvider(std::function<QString()> provider)
     userFullNameProvider() = std::move(provider);
 }
 
-QString XQComment::defaultCommentColorKey()
-{
-    return UserDefaults::processName() + DefaultCommentColorKeySuffix;
-}
+QString XQComment::defaultCommentColorKey() { return UserDefaults::processName() + DefaultCommentColorKeySuffix; }
 
 Color XQComment::defaultCommentColor()
 {

@@ -25,9 +25,11 @@ inline const QString XQCommentTextDidChangeNotification = QStringLiteral("XQComm
 /// Posted (object: the comment) on every setColor().
 inline const QString XQCommentColorDidChangeNotification = QStringLiteral("XQCommentColorDidChangeNotification");
 /// Posted (object: the comment) on every setFootnote().
-inline const QString XQCommentIsFootnoteDidChangeNotification = QStringLiteral("XQCommentIsFootnoteDidChangeNotification");
+inline const QString XQCommentIsFootnoteDidChangeNotification =
+    QStringLiteral("XQCommentIsFootnoteDidChangeNotification");
 /// Posted (object: the comment) on every setCollapsed().
-inline const QString XQCommentDidExpandOrCollapseNotification = QStringLiteral("XQCommentDidExpandOrCollapseNotification");
+inline const QString XQCommentDidExpandOrCollapseNotification =
+    QStringLiteral("XQCommentDidExpandOrCollapseNotification");
 
 /// The drag type of a comment being dragged.
 inline const QString XQCommentPboardType = QStringLiteral("com.qlyappkit.comment.dragType");

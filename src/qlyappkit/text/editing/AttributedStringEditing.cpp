@@ -118,12 +118,12 @@ qsizetype replaceMatches(MutableAttributedString& self, const QString& text, con
             if (backwards) {
                 context.before = text.mid(std::max<qsizetype>(0, match.location - k), std::min(k, match.location));
                 context.after = headStart - match.end() >= k
-                                    ? text.mid(match.end(), k)
-                                    : (text.mid(match.end(), headStart - match.end()) + head).left(k);
+                    ? text.mid(match.end(), k)
+                    : (text.mid(match.end(), headStart - match.end()) + head).left(k);
             } else {
                 context.before = match.location - tailEnd >= k
-                                     ? text.mid(match.location - k, k)
-                                     : (tail + text.mid(tailEnd, match.location - tailEnd)).right(k);
+                    ? text.mid(match.location - k, k)
+                    : (tail + text.mid(tailEnd, match.location - tailEnd)).right(k);
                 context.after = text.mid(match.end(), k);
             }
             action = decide(context);
@@ -199,17 +199,17 @@ void retargetLinks(MutableAttributedString& self, const QString& target, const Q
         const AttributedString snapshot = self.attributedString();
         snapshot.enumerateAttribute(LinkAttributeName, Range{0, snapshot.length()},
                                     [&](const QVariant& value, Range run) {
-            QString name;
-            if (value.typeId() == QMetaType::QUrl)
-                name = value.toUrl().toString();
-            else if (value.typeId() == QMetaType::QString)
-                name = value.toString();
-            else
-                return true;
-            if (stringsEqual(name, target, options))
-                naming.append(run);
-            return true;
-        });
+                                        QString name;
+                                        if (value.typeId() == QMetaType::QUrl)
+                                            name = value.toUrl().toString();
+                                        else if (value.typeId() == QMetaType::QString)
+                                            name = value.toString();
+                                        else
+                                            return true;
+                                        if (stringsEqual(name, target, options))
+                                            naming.append(run);
+                                        return true;
+                                    });
     }
     const QUrl url(replacement);
     for (const Range& run : naming)
@@ -301,11 +301,12 @@ qsizetype replaceUnescapedOccurrencesOfString(MutableAttributedString& self, con
     if (rangeOfString(text, QChar(Backslash) + target, options, range).isNotFound())
         return replaceMatches(self, text, target, replacement, options, range, nullptr);
     // Only the one character before the match decides, in the text as edited so far.
-    return replaceMatches(self, text, target, replacement, options, range, [removeEscapes](const MatchContext& context) {
-        if (context.before.endsWith(QChar(Backslash)))
-            return removeEscapes ? MatchAction::SkipAndRemoveEscape : MatchAction::Skip;
-        return MatchAction::Replace;
-    });
+    return replaceMatches(self, text, target, replacement, options, range,
+                          [removeEscapes](const MatchContext& context) {
+                              if (context.before.endsWith(QChar(Backslash)))
+                                  return removeEscapes ? MatchAction::SkipAndRemoveEscape : MatchAction::Skip;
+                              return MatchAction::Replace;
+                          });
 }
 
 qsizetype replaceUnescapedOccurrencesOfString(MutableAttributedString& self, const QString& target,

@@ -9,10 +9,10 @@
 #include <QList>
 #include <QString>
 
-#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/strings/CharacterSets.h>
-#include <qlyappkit/platform/text/MutableAttributedString.h>
 #include <qlyappkit/platform/strings/StringSearch.h>
+#include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/text/MutableAttributedString.h>
 
 namespace qly {
 

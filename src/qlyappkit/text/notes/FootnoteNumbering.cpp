@@ -12,8 +12,19 @@ struct RomanDigit {
     const char* spelling;
 };
 constexpr std::array<RomanDigit, 13> RomanDigits{{
-    {1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
-    {40, "xl"}, {10, "x"}, {9, "ix"}, {5, "v"}, {4, "iv"}, {1, "i"},
+    {1000, "m"},
+    {900, "cm"},
+    {500, "d"},
+    {400, "cd"},
+    {100, "c"},
+    {90, "xc"},
+    {50, "l"},
+    {40, "xl"},
+    {10, "x"},
+    {9, "ix"},
+    {5, "v"},
+    {4, "iv"},
+    {1, "i"},
 }};
 
 constexpr std::array<char16_t, 4> FootnoteSymbols{u'*', u'\u2020', u'\u2021', u'\u00a7'};

@@ -4,18 +4,18 @@
 #include <optional>
 #include <vector>
 
-#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/strings/EscapeParsing.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/comments/XQComment.h>
 #include <qlyappkit/text/notes/FootnoteNumbering.h>
 #include <qlyappkit/text/notes/FootnoteRule.h>
 #include <qlyappkit/text/notes/NoteConversions.h>
 #include <qlyappkit/text/notes/TaggedFootnotes.h>
-#include <qlyappkit/text/attributes/XQAttributeNames.h>
-#include <qlyappkit/text/comments/XQComment.h>
 
 #include "NoteEdits_p.h"
 
@@ -78,7 +78,8 @@ std::optional<Font> fontIn(const QVariant& value)
 // such face exists), at two thirds of its size when reduced.
 Font plainNoteFont(const std::optional<Font>& font, bool reduce)
 {
-    Font plain = font.value_or(Font::userFont()).convertedToHaveTrait(UnboldFontMask | UnitalicFontMask)
+    Font plain = font.value_or(Font::userFont())
+                     .convertedToHaveTrait(UnboldFontMask | UnitalicFontMask)
                      .value_or(Font::userFont());
     if (reduce) {
         const double size = plain.pointSize();
@@ -156,16 +157,16 @@ AttributedString replaceFootnotesByMarks(const AttributedString& text, const Inl
         const QString number = stringFromInt(counter, options.numberStyle);
         QString mark = options.superscript() ? number : QStringLiteral("[%1]").arg(number);
         const QString label = options.periodStyle && !options.superscript() ? number : mark;
-        AttributedString noteText = attributedStringByRemovingTextBlocks(text.attributedSubstring(range),
-                                                                         Range{0, range.length});
+        AttributedString noteText =
+            attributedStringByRemovingTextBlocks(text.attributedSubstring(range), Range{0, range.length});
         noteText.removeAttribute(XQFootnoteAttributeName, Range{0, noteText.length()});
         notesOut.push_back(CollectedNote{label, noteText, counter});
         if (options.superscript())
             mark.prepend(WordJoiner);
 
         // The mark takes the place of the note's characters, and so their attributes.
-        AttributedString markText(mark, notes::withoutAttributes(text.attributes(range.location),
-                                                                 {XQFootnoteAttributeName}));
+        AttributedString markText(mark,
+                                  notes::withoutAttributes(text.attributes(range.location), {XQFootnoteAttributeName}));
         const Range all{0, markText.length()};
         if (!markAttributes) {
             const qsizetype fontSource = range.location > 0 ? range.location - 1 : 0;
@@ -204,7 +205,6 @@ void appendSeparator(AttributedString& text, int separatorType)
     }
 }
 
-
 ParagraphStyle noteParagraphStyle(const AttributedString& noteText, const ParagraphStyle& textStyle,
                                   bool indentToMatchText)
 {
@@ -235,14 +235,15 @@ void appendNotes(AttributedString& text, const std::vector<CollectedNote>& notes
     // Label attributes come from the first note's text.
     const CollectedNote& first = notes.front();
     const Range firstTrimmed = notes::trimmedRange(first.text, Range{0, first.text.length()});
-    const std::optional<Font> firstFont = firstTrimmed.isEmpty()
-        ? std::nullopt : fontIn(first.text.attribute(FontAttributeName, firstTrimmed.location));
+    const std::optional<Font> firstFont =
+        firstTrimmed.isEmpty() ? std::nullopt : fontIn(first.text.attribute(FontAttributeName, firstTrimmed.location));
     const Attributes labelAttributes = noteMarkAttributes(firstFont, options.reduced() && !options.periodStyle,
                                                           options.superscript() && !options.periodStyle);
 
     for (const CollectedNote& note : notes) {
         Attributes lineAttributes = notes::plainAttributesAtEnd(text);
-        lineAttributes.insert(ParagraphStyleAttributeName, QVariant::fromValue(ParagraphStyle::defaultParagraphStyle()));
+        lineAttributes.insert(ParagraphStyleAttributeName,
+                              QVariant::fromValue(ParagraphStyle::defaultParagraphStyle()));
         text.append(QStringLiteral("\n"), lineAttributes);
 
         const qsizetype labelStart = text.length();

@@ -35,21 +35,21 @@ inline const QString XQEndnotesPlacementMarker = QStringLiteral("<$--ENDNOTES-->
 
 /// Bits of XQInlineFootnotesMarkerStyle.
 enum InlineFootnoteMarkerStyle : int {
-    SuperscriptFootnoteMarkers = 2,   ///< superscript, unbracketed reference marks
-    ReducedFootnoteMarkers = 4,       ///< reference marks at two thirds of the text size
+    SuperscriptFootnoteMarkers = 2, ///< superscript, unbracketed reference marks
+    ReducedFootnoteMarkers = 4, ///< reference marks at two thirds of the text size
 };
 
 /// Values of XQInlineFootnotesSeparatorType.
 enum FootnoteSeparatorType : int {
-    LineFeedFootnoteSeparator = 0,    ///< one line feed
-    RuleFootnoteSeparator = 1,        ///< two line feeds and a drawn rule
-    DashesFootnoteSeparator = 2,      ///< two line feeds and "----------"
+    LineFeedFootnoteSeparator = 0, ///< one line feed
+    RuleFootnoteSeparator = 1, ///< two line feeds and a drawn rule
+    DashesFootnoteSeparator = 2, ///< two line feeds and "----------"
 };
 
 /// How footnotes are grouped (footnotesGroupType).
 enum FootnotesGroupType : int {
-    SingleFootnoteGroup = 0,          ///< all notes at the end
-    FootnoteGroupPerSection = 1,      ///< sections end at a line feed followed by a page break
+    SingleFootnoteGroup = 0, ///< all notes at the end
+    FootnoteGroupPerSection = 1, ///< sections end at a line feed followed by a page break
     FootnoteGroupsAroundLastPageBreak = 2,
     FootnoteGroupsAroundEndnotesMarker = 3,
 };

@@ -2,11 +2,11 @@
 
 #include <vector>
 
-#include <qlyappkit/platform/strings/CharacterSets.h>
-#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/services/Localization.h>
-#include <qlyappkit/platform/values/ParagraphStyle.h>
+#include <qlyappkit/platform/strings/CharacterSets.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Color.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
@@ -43,7 +43,7 @@ void removeLinkedNoteAttributes(MutableAttributedString& text, Range range)
 // (words, attributes) without assembling the text again from a storage's primitives.
 class MirroredText {
 public:
-    explicit MirroredText(MutableAttributedString& text) : m_text(text), m_copy(text.attributedString()) {}
+    explicit MirroredText(MutableAttributedString& text) : m_text(text), m_copy(text.attributedString()) { }
 
     const AttributedString& copy() const { return m_copy; }
     void replace(Range range, const AttributedString& replacement)
@@ -124,22 +124,24 @@ void inlineToLinked(MutableAttributedString& text, Range range, bool footnotes, 
     MirroredText mirror(text);
     const QString& name = footnotes ? XQFootnoteAttributeName : XQAnnotationAttributeName;
     std::vector<std::pair<Range, QVariant>> runs;
-    mirror.copy().enumerateAttribute(name, clipped(range, mirror.copy().length()), [&](const QVariant& value, Range run) {
-        if (value.isValid())
-            runs.emplace_back(run, value);
-        return true;
-    });
+    mirror.copy().enumerateAttribute(name, clipped(range, mirror.copy().length()),
+                                     [&](const QVariant& value, Range run) {
+                                         if (value.isValid())
+                                             runs.emplace_back(run, value);
+                                         return true;
+                                     });
     qsizetype shift = 0;
     for (const auto& [run, value] : runs) {
         const Range current{run.location + shift, run.length};
         AttributedString noteText = mirror.copy().attributedSubstring(notes::trimmedRange(mirror.copy(), current));
         const Range all{0, noteText.length()};
         noteText.removeAttribute(name, all);
-        noteText.addAttribute(ParagraphStyleAttributeName, QVariant::fromValue(ParagraphStyle::defaultParagraphStyle()), all);
+        noteText.addAttribute(ParagraphStyleAttributeName, QVariant::fromValue(ParagraphStyle::defaultParagraphStyle()),
+                              all);
         XQCommentPtr comment = XQComment::create(noteText, footnotes);
         if (!footnotes) {
             const Color colour = value.metaType() == QMetaType::fromType<Color>() ? value.value<Color>()
-                                                                                : Color::standardAnnotationColor();
+                                                                                  : Color::standardAnnotationColor();
             comment->setColor(colour.blendedColorWithFraction(InlineToMarginLightening, Color::whiteColor()));
         }
         mirror.remove(current);
@@ -155,10 +157,12 @@ void inlineToLinked(MutableAttributedString& text, Range range, bool footnotes, 
                 ? mirror.copy().attributes(current.location - 1)
                 : (mirror.copy().isEmpty() ? Attributes() : mirror.copy().attributes(0));
             mirror.replace(Range{current.location, 0},
-                           AttributedString(anchorText, notes::withoutAttributes(attributes,
-                               {XQAnnotationAttributeName, XQFootnoteAttributeName, XQCommentAttributeName,
-                                XQLinkedCommentAttributeName, LinkAttributeName, ToolTipAttributeName,
-                                AttachmentAttributeName})));
+                           AttributedString(anchorText,
+                                            notes::withoutAttributes(attributes,
+                                                                     {XQAnnotationAttributeName,
+                                                                      XQFootnoteAttributeName, XQCommentAttributeName,
+                                                                      XQLinkedCommentAttributeName, LinkAttributeName,
+                                                                      ToolTipAttributeName, AttachmentAttributeName})));
             anchor = Range{current.location, anchorText.size()};
             shift += anchorText.size();
         }

@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
-#include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
 
@@ -100,12 +100,12 @@ AttributedString attributedStringByConvertingLinkedCommentsToAnnotations(const A
 {
     AttributedString out = text;
     for (const auto& [range, value] : runsOf(text, XQLinkedCommentAttributeName)) {
-        const Color colour = value.metaType() == QMetaType::fromType<Color>() ? value.value<Color>()
-                                                                            : Color::standardAnnotationColor();
+        const Color colour =
+            value.metaType() == QMetaType::fromType<Color>() ? value.value<Color>() : Color::standardAnnotationColor();
         out.removeAttribute(XQLinkedCommentAttributeName, range);
         out.addAttribute(XQAnnotationAttributeName,
-                         QVariant::fromValue(colour.blendedColorWithFraction(InlineCommentToAnnotationDarkening,
-                                                                             Color::blackColor())),
+                         QVariant::fromValue(
+                             colour.blendedColorWithFraction(InlineCommentToAnnotationDarkening, Color::blackColor())),
                          range);
     }
     return out;

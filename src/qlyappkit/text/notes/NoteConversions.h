@@ -10,8 +10,8 @@ namespace qly {
 
 /// What becomes of linked comments (not footnotes) when linked notes are written inline.
 enum LinkedCommentOption : int {
-    DropLinkedComments = 0,        ///< the anchor loses its comment; the comment's text is dropped
-    InlineLinkedComments = 1,      ///< the text follows the anchor, marked XQLinkedCommentAttributeName
+    DropLinkedComments = 0, ///< the anchor loses its comment; the comment's text is dropped
+    InlineLinkedComments = 1, ///< the text follows the anchor, marked XQLinkedCommentAttributeName
     LinkedCommentsAsFootnotes = 2, ///< the text follows the anchor as an inline footnote of kind 3
 };
 

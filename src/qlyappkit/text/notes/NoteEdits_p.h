@@ -43,9 +43,6 @@ Attributes plainAttributesAtEnd(const AttributedString& text);
 Range trimmedRange(const AttributedString& text, Range range);
 
 /// True for the characters that end a paragraph (LF, CR, U+2029).
-inline bool isParagraphTerminator(QChar c)
-{
-    return c == u'\n' || c == u'\r' || c == QChar(0x2029);
-}
+inline bool isParagraphTerminator(QChar c) { return c == u'\n' || c == u'\r' || c == QChar(0x2029); }
 
 } // namespace qly::notes

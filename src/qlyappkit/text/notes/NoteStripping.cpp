@@ -35,8 +35,8 @@ void stripAnchors(AttributedString& out, const AttributedString& text, bool comm
 
 } // namespace
 
-AttributedString attributedStringByStrippingAnnotations(const AttributedString& text, bool annotations,
-                                                        bool footnotes, bool includingLinkedNotes)
+AttributedString attributedStringByStrippingAnnotations(const AttributedString& text, bool annotations, bool footnotes,
+                                                        bool includingLinkedNotes)
 {
     AttributedString out = text;
     if (includingLinkedNotes && (annotations || footnotes))

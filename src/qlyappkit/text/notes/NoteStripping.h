@@ -7,8 +7,8 @@ namespace qly {
 /// A copy without the characters of inline annotations and/or inline footnotes. With linked notes
 /// included, the anchors of linked comments (when annotations go) or linked footnotes (when footnotes
 /// go) also lose their comment, link and tool tip, keeping their text.
-AttributedString attributedStringByStrippingAnnotations(const AttributedString& text, bool annotations,
-                                                        bool footnotes, bool includingLinkedNotes);
+AttributedString attributedStringByStrippingAnnotations(const AttributedString& text, bool annotations, bool footnotes,
+                                                        bool includingLinkedNotes);
 
 /// A copy in which the anchors of linked comments and/or linked footnotes lose their comment
 /// attribute (nothing else changes).

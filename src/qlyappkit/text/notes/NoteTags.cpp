@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/strings/NumberParsing.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
@@ -40,9 +40,9 @@ Attributes tagAttributes(const AttributedString& text, qsizetype index, const QV
 // Wraps every run of the attribute (for which openingFor gives a tag) in its opening and closing tag.
 // The tags go in from the last run backwards, so every run keeps its place while the edits are made;
 // their attributes come from the text as it was, as if the runs were tagged front to back.
-template <typename OpeningFor>
-AttributedString wrapRuns(const AttributedString& text, const QString& name, OpeningFor openingFor,
-                          const QString& closing, const QVariant& font)
+template <typename OpeningFor> AttributedString wrapRuns(const AttributedString& text, const QString& name,
+                                                         OpeningFor openingFor, const QString& closing,
+                                                         const QVariant& font)
 {
     struct Run {
         Range range;
@@ -60,8 +60,8 @@ AttributedString wrapRuns(const AttributedString& text, const QString& name, Ope
     edits.reserve(runs.size() * 2);
     for (const Run& run : runs) {
         const qsizetype closingSource = run.range.end() < text.length() ? run.range.end() : text.length() - 1;
-        edits.push_back(TextEdit::plain(Range{run.range.location, 0}, run.opening,
-                                        tagAttributes(text, run.range.location, font)));
+        edits.push_back(
+            TextEdit::plain(Range{run.range.location, 0}, run.opening, tagAttributes(text, run.range.location, font)));
         edits.push_back(TextEdit::plain(Range{run.range.end(), 0}, closing, tagAttributes(text, closingSource, font)));
     }
     return notes::applyingEdits(text, std::move(edits));
@@ -83,22 +83,22 @@ AttributedString markKeepWithNextParagraphs(const AttributedString& text)
     if (!attributeExistsInRange(text, XQKeepWithNextAttributeName, Range{0, text.length()}))
         return text;
     std::vector<TextEdit> edits;
-    text.enumerateAttribute(XQKeepWithNextAttributeName, Range{0, text.length()},
-                            [&](const QVariant& value, Range range) {
-        if (!value.toBool())
-            return true;
-        // Paragraph starts inside the run: its first character (when it starts a paragraph) and every
-        // character after a terminator. The characters before the run are needed for the first test.
-        const qsizetype from = std::max<qsizetype>(range.location - 1, 0);
-        const QString s = text.substring(Range::fromBounds(from, range.end() + 1));
-        for (qsizetype i = range.location; i < range.end(); ++i) {
-            if (startsParagraph(s, i - from)) {
-                edits.push_back(TextEdit::plain(Range{i, 0}, XQKeepWithNextMarker,
-                                                attributesWithoutAttachmentsAtIndex(text, i)));
+    text.enumerateAttribute(
+        XQKeepWithNextAttributeName, Range{0, text.length()}, [&](const QVariant& value, Range range) {
+            if (!value.toBool())
+                return true;
+            // Paragraph starts inside the run: its first character (when it starts a paragraph) and every
+            // character after a terminator. The characters before the run are needed for the first test.
+            const qsizetype from = std::max<qsizetype>(range.location - 1, 0);
+            const QString s = text.substring(Range::fromBounds(from, range.end() + 1));
+            for (qsizetype i = range.location; i < range.end(); ++i) {
+                if (startsParagraph(s, i - from)) {
+                    edits.push_back(TextEdit::plain(Range{i, 0}, XQKeepWithNextMarker,
+                                                    attributesWithoutAttachmentsAtIndex(text, i)));
+                }
             }
-        }
-        return true;
-    });
+            return true;
+        });
     return notes::applyingEdits(text, std::move(edits));
 }
 
@@ -108,7 +108,7 @@ AttributedString markKeepWithNextParagraphs(const AttributedString& text)
 // tag were removed as soon as it is read: a closing marker already removed is no longer found.
 class TagScanner {
 public:
-    explicit TagScanner(const QString& s) : m_s(s) {}
+    explicit TagScanner(const QString& s) : m_s(s) { }
 
     Range find(const QString& marker, qsizetype from, Qt::CaseSensitivity cs = Qt::CaseInsensitive) const
     {
@@ -148,7 +148,7 @@ private:
     }
 
     const QString& m_s;
-    std::map<qsizetype, qsizetype> m_removedAfterCursor;   // start → end
+    std::map<qsizetype, qsizetype> m_removedAfterCursor; // start → end
     std::vector<TextEdit> m_edits;
 };
 
@@ -192,10 +192,10 @@ AttributedString readAnnotations(const AttributedString& text, ColourForm form, 
         Range textMarker = Range::notFound();
         if (form == ColourForm::Decimal) {
             const Range green = scanner.findWithin(XQAnnotationGreenReadForm, open.end(), close.location);
-            const Range blue = green.isNotFound() ? green
-                                                  : scanner.findWithin(XQAnnotationBlueReadForm, green.end(), close.location);
-            textMarker = blue.isNotFound() ? blue
-                                           : scanner.findWithin(XQAnnotationTextReadForm, blue.end(), close.location);
+            const Range blue =
+                green.isNotFound() ? green : scanner.findWithin(XQAnnotationBlueReadForm, green.end(), close.location);
+            textMarker =
+                blue.isNotFound() ? blue : scanner.findWithin(XQAnnotationTextReadForm, blue.end(), close.location);
             if (!textMarker.isNotFound()) {
                 auto component = [&](qsizetype start, qsizetype end) {
                     return double(stringFloatValue(QStringView(s).mid(start, end - start)));
@@ -296,8 +296,8 @@ AttributedString attributedStringByConvertingAttributesToTags(const AttributedSt
         },
         XQAnnotationClosingTag, font);
     out = wrapRuns(
-        out, XQFootnoteAttributeName,
-        [](const QVariant&) -> std::optional<QString> { return XQFootnoteOpeningTag; }, XQFootnoteClosingTag, font);
+        out, XQFootnoteAttributeName, [](const QVariant&) -> std::optional<QString> { return XQFootnoteOpeningTag; },
+        XQFootnoteClosingTag, font);
     out = wrapRuns(
         out, XQPreserveFormattingAttributeName,
         [](const QVariant&) -> std::optional<QString> { return XQPreserveFormattingOpeningTag; },
@@ -310,8 +310,9 @@ AttributedString attributedStringByConvertingTagsToAttributes(const AttributedSt
     return attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(text, false);
 }
 
-AttributedString attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
-    const AttributedString& text, bool removeNewlines)
+AttributedString
+attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(const AttributedString& text,
+                                                                                 bool removeNewlines)
 {
     AttributedString out = readAnnotations(text, ColourForm::Decimal, removeNewlines);
     out = readAnnotations(out, ColourForm::Hexadecimal, removeNewlines);

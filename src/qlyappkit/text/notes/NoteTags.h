@@ -56,7 +56,8 @@ AttributedString attributedStringByConvertingAttributesToTags(const AttributedSt
 AttributedString attributedStringByConvertingTagsToAttributes(const AttributedString& text);
 /// As above; with removeNewlines, annotations are recognised only in the forms with a line feed before
 /// the opening and after the closing marker, and those line feeds go with the markers.
-AttributedString attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
-    const AttributedString& text, bool removeNewlines);
+AttributedString
+attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(const AttributedString& text,
+                                                                                 bool removeNewlines);
 
 } // namespace qly

@@ -17,8 +17,8 @@ namespace {
 constexpr qsizetype MinimumTagLength = 3;
 
 struct Footnote {
-    Range range;     ///< the run
-    Range trimmed;   ///< its text without surrounding whitespace
+    Range range; ///< the run
+    Range trimmed; ///< its text without surrounding whitespace
     QString trimmedText;
 };
 
@@ -59,8 +59,9 @@ Range rangeIncludingPreviousWhitespaceExceptingFootnotesFromRange(const Attribut
     return Range::fromBounds(start, end);
 }
 
-std::optional<AttributedString> attributedFootnoteInAttributedStringWithTag(
-    const AttributedString& text, const QString& tag, Range* effectiveRangeIncludingExtraWhitespace)
+std::optional<AttributedString>
+attributedFootnoteInAttributedStringWithTag(const AttributedString& text, const QString& tag,
+                                            Range* effectiveRangeIncludingExtraWhitespace)
 {
     if (effectiveRangeIncludingExtraWhitespace)
         *effectiveRangeIncludingExtraWhitespace = Range::notFound();

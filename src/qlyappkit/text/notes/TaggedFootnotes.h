@@ -19,8 +19,9 @@ AttributedString attributedStringByConvertingTaggedFootnotesToStandardFootnotes(
 /// The body (what follows the tag, trimmed) of the first inline footnote whose trimmed text starts
 /// with tag and is longer than it, and the footnote's range grown over the whitespace before it that
 /// is not footnote text. Nothing (and a not-found range) when there is no such footnote.
-std::optional<AttributedString> attributedFootnoteInAttributedStringWithTag(
-    const AttributedString& text, const QString& tag, Range* effectiveRangeIncludingExtraWhitespace = nullptr);
+std::optional<AttributedString>
+attributedFootnoteInAttributedStringWithTag(const AttributedString& text, const QString& tag,
+                                            Range* effectiveRangeIncludingExtraWhitespace = nullptr);
 
 /// The range grown backwards over whitespace and line breaks that are not inline footnote text.
 Range rangeIncludingPreviousWhitespaceExceptingFootnotesFromRange(const AttributedString& text, Range range);

@@ -7,10 +7,7 @@
 
 namespace qly::storage_detail {
 
-Range paragraphRange(const MutableAttributedString& text, Range range)
-{
-    return paragraphRangeIn(text, range);
-}
+Range paragraphRange(const MutableAttributedString& text, Range range) { return paragraphRangeIn(text, range); }
 
 bool sameValue(const QVariant& a, const QVariant& b)
 {

@@ -28,7 +28,7 @@ void forEachDifferingRun(const MutableAttributedString& source, Range range, con
 class EditForwardingObserver : public TextStorageObserver {
 public:
     using Callback = std::function<void(TextStorage&, int editedMask, Range editedRange, qsizetype delta)>;
-    explicit EditForwardingObserver(Callback callback) : m_callback(std::move(callback)) {}
+    explicit EditForwardingObserver(Callback callback) : m_callback(std::move(callback)) { }
     void textStorageEdited(TextStorage& storage, int editedMask, Range newCharRange, qsizetype delta) override
     {
         m_callback(storage, editedMask, newCharRange, delta);

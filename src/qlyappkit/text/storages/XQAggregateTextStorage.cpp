@@ -8,14 +8,14 @@
 #include <algorithm>
 #include <utility>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/services/NamedException.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/text/WordCounting.h>
-#include <qlyappkit/text/storages/StorageSupport_p.h>
-#include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/storages/StorageSupport_p.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
 
 namespace qly {
@@ -26,13 +26,10 @@ const QString NilComponentName = QStringLiteral("XQAggregateTextStorage - nil co
 const QString NilComponentReason =
     QStringLiteral("Attempted to load a nil coponent text storage in XQAggregateTextStorage");
 const QString InvalidComponentName = QStringLiteral("XQAggregateTextStorage - invalid component.");
-const QString InvalidComponentReason = QStringLiteral(
-    "Attempted to load a component text storage that does not conform to the XQAggregateTextStorageComponent protocol.");
+const QString InvalidComponentReason = QStringLiteral("Attempted to load a component text storage that does not "
+                                                      "conform to the XQAggregateTextStorageComponent protocol.");
 
-bool contains(Range outer, Range inner)
-{
-    return outer.location <= inner.location && inner.end() <= outer.end();
-}
+bool contains(Range outer, Range inner) { return outer.location <= inner.location && inner.end() <= outer.end(); }
 
 XQAggregateTextStorageComponent* membership(const XQTextComponent& component)
 {
@@ -43,22 +40,20 @@ XQAggregateTextStorageComponent* membership(const XQTextComponent& component)
 
 XQAggregateTextStorage::XQAggregateTextStorage()
     : m_observer(std::make_unique<storage_detail::EditForwardingObserver>(
-          [this](TextStorage& component, int mask, Range range, qsizetype delta) {
-              componentEdited(component, mask, range, delta);
-          })),
+        [this](TextStorage& component, int mask, Range range, qsizetype delta) {
+            componentEdited(component, mask, range, delta);
+        })),
       m_timerContext(std::make_unique<QObject>())
 {
     ParagraphStyle centred;
     centred.setAlignment(CenterTextAlignment);
-    m_titleAttributes = {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 14, BoldFontMask))},
-                         {ParagraphStyleAttributeName, QVariant::fromValue(centred)}};
+    m_titleAttributes = {
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 14, BoldFontMask))},
+        {ParagraphStyleAttributeName, QVariant::fromValue(centred)}};
     m_separatorAttributes = {{FontAttributeName, QVariant::fromValue(Font::userFont(12))}};
 }
 
-XQAggregateTextStorage::~XQAggregateTextStorage()
-{
-    stopObservingComponents();
-}
+XQAggregateTextStorage::~XQAggregateTextStorage() { stopObservingComponents(); }
 
 // ---------------------------------------------------------------- components
 
@@ -103,7 +98,7 @@ void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& c
         return;
     }
 
-    m_components = components;   // the title attributes below read the components' colours
+    m_components = components; // the title attributes below read the components' colours
     m_componentsHaveComments = true;
     MutableAttributedString built;
     const qsizetype n = qsizetype(components.size());
@@ -129,10 +124,11 @@ void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& c
     }
     // One observation for all components (the notification centre compares every observation on
     // every post, and components post on every keystroke).
-    m_commentsObserver = ScopedObserver(XQTextStorageCommentsDidChangeNotification, nullptr, [this](const Notification& note) {
-        if (indexOfComponentContainingTextStorage(static_cast<const TextStorage*>(note.object)) != NotFound)
-            rebuildComments();
-    });
+    m_commentsObserver =
+        ScopedObserver(XQTextStorageCommentsDidChangeNotification, nullptr, [this](const Notification& note) {
+            if (indexOfComponentContainingTextStorage(static_cast<const TextStorage*>(note.object)) != NotFound)
+                rebuildComments();
+        });
     m_backing = built.attributedString();
     edited(EditedCharacters | EditedAttributes, Range{0, oldLength}, m_backing.length() - oldLength);
     updateRanges();
@@ -382,7 +378,8 @@ void XQAggregateTextStorage::replaceCharacters(Range range, const QString& text)
         m_changeInstigatedBySelf = true;
         {
             EditingBatch componentBatch(component);
-            component.replaceCharacters(Range{range.location - m_textRanges[size_t(index)].location, range.length}, text);
+            component.replaceCharacters(Range{range.location - m_textRanges[size_t(index)].location, range.length},
+                                        text);
         }
         m_changeInstigatedBySelf = false;
     }

@@ -23,8 +23,8 @@
 #include <vector>
 
 #include <qlyappkit/platform/services/NotificationCenter.h>
-#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/platform/text/TextStorage.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/text/comments/XQCommentedTextStorageMethods.h>
 #include <qlyappkit/text/storages/XQTextComponent.h>
 
@@ -102,7 +102,8 @@ public:
     std::shared_ptr<TextStorage> textStorageForComponentAtIndex(qsizetype index) const;
     /// The storage whose text holds range; null otherwise.
     std::shared_ptr<TextStorage> textStorageForRange(Range range) const;
-    std::vector<std::shared_ptr<TextStorage>> componentTextStoragesIntersectingRanges(const std::vector<Range>& ranges) const;
+    std::vector<std::shared_ptr<TextStorage>>
+    componentTextStoragesIntersectingRanges(const std::vector<Range>& ranges) const;
     /// The pieces of the ranges that lie in component texts.
     std::vector<Range> rangesLimitedToTextRanges(const std::vector<Range>& ranges) const;
     /// The component whose range holds range (an empty range at a component's end belongs to the next
@@ -183,10 +184,10 @@ private:
 
     qsizetype m_wordCount = 0;
     std::vector<XQTextComponent> m_components;
-    std::vector<const XQWordCountingTextStorage*> m_counters;   ///< per component; null when it counts no words
-    std::vector<qsizetype> m_componentWords;   ///< each component's count when the total was last formed
+    std::vector<const XQWordCountingTextStorage*> m_counters; ///< per component; null when it counts no words
+    std::vector<qsizetype> m_componentWords; ///< each component's count when the total was last formed
     bool m_allComponentsCount = true;
-    qsizetype m_mirroredComponent = NotFound;   ///< the component whose edit is being mirrored
+    qsizetype m_mirroredComponent = NotFound; ///< the component whose edit is being mirrored
     std::vector<Range> m_componentRanges, m_textRanges, m_titleRanges;
     bool m_showsTitles = true;
     bool m_usesSingleLineSeparators = false;
@@ -203,7 +204,7 @@ private:
     std::unique_ptr<storage_detail::EditForwardingObserver> m_observer;
     ScopedObserver m_commentsObserver;
     std::map<qsizetype, std::unique_ptr<QTimer>> m_titleTimers;
-    std::unique_ptr<QObject> m_timerContext;   ///< cancels the zero-delay calls when the storage goes
+    std::unique_ptr<QObject> m_timerContext; ///< cancels the zero-delay calls when the storage goes
 };
 
 } // namespace qly

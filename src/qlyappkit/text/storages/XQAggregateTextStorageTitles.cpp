@@ -5,8 +5,8 @@
 #include <QTimer>
 #include <utility>
 
-#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/storages/StorageSupport_p.h>
 
 namespace qly {
@@ -22,10 +22,7 @@ const char* const InvalidPageBreakIndexMessage =
 
 constexpr int TitleNotificationDelayMs = 100;
 
-bool meets(Range a, Range b)
-{
-    return a.location < b.end() && b.location < a.end();
-}
+bool meets(Range a, Range b) { return a.location < b.end() && b.location < a.end(); }
 
 } // namespace
 
@@ -108,10 +105,7 @@ void XQAggregateTextStorage::fixAggregatedTitlesAndSeparatorsInRange(Range range
 
 // ---------------------------------------------------------------- separators
 
-QString XQAggregateTextStorage::pageBreakSeparatorString()
-{
-    return QStringLiteral("\n\f");
-}
+QString XQAggregateTextStorage::pageBreakSeparatorString() { return QStringLiteral("\n\f"); }
 
 QString XQAggregateTextStorage::sectionSeparatorString() const
 {
@@ -312,10 +306,10 @@ void XQAggregateTextStorage::titleNotificationFired(qsizetype index)
 {
     if (index >= numberOfComponents())
         return;
-    NotificationCenter::defaultCenter().post(
-        XQAggregateTextStorageComponentTitleDidChangeNotification, static_cast<const TextStorage*>(this),
-        QVariantMap{{XQAggregateNewTitleKey, m_components[size_t(index)].title},
-                    {XQAggregateComponentIndexKey, qlonglong(index)}});
+    NotificationCenter::defaultCenter().post(XQAggregateTextStorageComponentTitleDidChangeNotification,
+                                             static_cast<const TextStorage*>(this),
+                                             QVariantMap{{XQAggregateNewTitleKey, m_components[size_t(index)].title},
+                                                         {XQAggregateComponentIndexKey, qlonglong(index)}});
     scheduleUndoInvalidation();
 }
 

@@ -33,11 +33,10 @@ qsizetype lengthOfSeparator(const QVariant& separator)
 } // namespace
 
 XQAggregatingTextStorage::XQAggregatingTextStorage()
-    : m_separator(QStringLiteral("\n")),
-      m_observer(std::make_unique<storage_detail::EditForwardingObserver>(
-          [this](TextStorage& component, int mask, Range range, qsizetype delta) {
-              componentEdited(component, mask, range, delta);
-          }))
+    : m_separator(QStringLiteral("\n")), m_observer(std::make_unique<storage_detail::EditForwardingObserver>(
+                                             [this](TextStorage& component, int mask, Range range, qsizetype delta) {
+                                                 componentEdited(component, mask, range, delta);
+                                             }))
 {
 }
 
@@ -54,10 +53,7 @@ XQAggregatingTextStorage::~XQAggregatingTextStorage()
 
 // ---------------------------------------------------------------- components
 
-void XQAggregatingTextStorage::observe(const Component& component)
-{
-    component->addObserver(m_observer.get());
-}
+void XQAggregatingTextStorage::observe(const Component& component) { component->addObserver(m_observer.get()); }
 
 void XQAggregatingTextStorage::stopObserving(const Component& component)
 {
@@ -151,7 +147,7 @@ void XQAggregatingTextStorage::removeTextStorageComponentAtIndex(qsizetype index
     const qsizetype sep = separatorLength();
     // With the separator after it, or for the last of several the one before it.
     const Range removed = index + 1 < n ? Range{text.location, text.length + sep}
-                        : n > 1         ? Range{text.location - sep, text.length + sep}
+        : n > 1                         ? Range{text.location - sep, text.length + sep}
                                         : text;
     m_backing.replaceCharacters(removed, QString());
     edited(EditedCharacters, removed, -removed.length);
@@ -163,10 +159,7 @@ void XQAggregatingTextStorage::removeTextStorageComponentAtIndex(qsizetype index
 
 // ---------------------------------------------------------------- separator
 
-qsizetype XQAggregatingTextStorage::separatorLength() const
-{
-    return lengthOfSeparator(m_separator);
-}
+qsizetype XQAggregatingTextStorage::separatorLength() const { return lengthOfSeparator(m_separator); }
 
 void XQAggregatingTextStorage::writeSeparator(Range range, const QVariant& separator)
 {

@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
-#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/text/TextStorage.h>
+#include <qlyappkit/platform/values/Color.h>
 
 namespace qly {
 

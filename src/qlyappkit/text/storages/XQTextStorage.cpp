@@ -7,9 +7,9 @@
 
 #include <qlyappkit/platform/services/NotificationCenter.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
-#include <qlyappkit/text/storages/StorageSupport_p.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
+#include <qlyappkit/text/storages/StorageSupport_p.h>
 
 namespace qly {
 
@@ -43,10 +43,7 @@ struct ParagraphRule {
 bool keepWithNextSpreads(const QVariant& first) { return first.isValid() && first.toBool(); }
 bool styleIDSpreads(const QVariant& first) { return !first.toString().isEmpty(); }
 
-bool isParagraphTerminator(QChar c)
-{
-    return c == u'\n' || c == u'\r' || c == QChar(0x2029);
-}
+bool isParagraphTerminator(QChar c) { return c == u'\n' || c == u'\r' || c == QChar(0x2029); }
 
 /// The starts of the paragraphs that range touches, and the end of the last one.
 std::vector<qsizetype> paragraphBounds(const MutableAttributedString& text, Range range)
@@ -194,8 +191,9 @@ void XQTextStorage::fixAttributesInRange(Range range)
     // Keep-with-next and style identifiers in one pass over the paragraphs.
     {
         EditingBatch batch(*this);
-        spreadParagraphAttributes(*this, range, {{XQKeepWithNextAttributeName, keepWithNextSpreads},
-                                                 {XQParagraphStyleIDAttributeName, styleIDSpreads}});
+        spreadParagraphAttributes(
+            *this, range,
+            {{XQKeepWithNextAttributeName, keepWithNextSpreads}, {XQParagraphStyleIDAttributeName, styleIDSpreads}});
     }
     m_fixing = wasFixing;
 }
@@ -359,18 +357,18 @@ void XQTextStorage::rebuildCommentsFromRange(qsizetype start)
         seen.insert(comment.get());
     storage_detail::enumerateAttribute(*this, XQCommentAttributeName, Range{scanFrom, n - scanFrom},
                                        [&](const QVariant& value, Range run) {
-        XQCommentPtr comment = commentFromVariant(value);
-        if (!comment)
-            return true;
-        if (seen.count(comment.get())) {
-            // A second occurrence, as after pasting a copy of the anchor: it becomes its own comment.
-            comment = comment->copy();
-            addAttribute(XQCommentAttributeName, variantFromComment(comment), run);
-        }
-        seen.insert(comment.get());
-        m_comments.push_back(comment);
-        return true;
-    });
+                                           XQCommentPtr comment = commentFromVariant(value);
+                                           if (!comment)
+                                               return true;
+                                           if (seen.count(comment.get())) {
+                                               // A second occurrence, as after pasting a copy of the anchor: it becomes its own comment.
+                                               comment = comment->copy();
+                                               addAttribute(XQCommentAttributeName, variantFromComment(comment), run);
+                                           }
+                                           seen.insert(comment.get());
+                                           m_comments.push_back(comment);
+                                           return true;
+                                       });
     m_fixing = wasFixing;
     NotificationCenter::defaultCenter().post(XQTextStorageCommentsDidChangeNotification,
                                              static_cast<const TextStorage*>(this));
@@ -423,10 +421,10 @@ void XQTextStorage::removeCommentsAtRange(Range range)
     }
     storage_detail::enumerateAttribute(*this, XQCommentAttributeName, Range::fromBounds(pos, std::max(pos, end)),
                                        [&](const QVariant& value, Range run) {
-        if (commentFromVariant(value))
-            runs.push_back(commentRunAt(run.location));
-        return true;
-    });
+                                           if (commentFromVariant(value))
+                                               runs.push_back(commentRunAt(run.location));
+                                           return true;
+                                       });
     if (runs.empty())
         return;
     EditingBatch batch(*this);
@@ -441,11 +439,11 @@ Range XQTextStorage::rangeOfComment(const XQCommentPtr& comment) const
     Range found = Range::notFound();
     storage_detail::enumerateAttribute(*this, XQCommentAttributeName, Range{0, length()},
                                        [&](const QVariant& value, Range run) {
-        if (commentFromVariant(value) != comment)
-            return true;
-        found = run;
-        return false;
-    });
+                                           if (commentFromVariant(value) != comment)
+                                               return true;
+                                           found = run;
+                                           return false;
+                                       });
     return found;
 }
 

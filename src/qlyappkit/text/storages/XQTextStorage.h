@@ -13,8 +13,8 @@
 #include <memory>
 #include <vector>
 
-#include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
 #include <qlyappkit/text/comments/XQCommentedTextStorageMethods.h>
+#include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
 #include <qlyappkit/text/storages/XQWordCountingTextStorage.h>
 
 namespace qly {
@@ -91,7 +91,7 @@ private:
     std::vector<std::shared_ptr<XQComment>> m_comments;
     bool m_commentsNeedRebuilding = false;
     int m_aggregateCount = 0;
-    bool m_fixing = false;   ///< attribute fixing in progress: its own changes do not ask for a rebuild
+    bool m_fixing = false; ///< attribute fixing in progress: its own changes do not ask for a rebuild
 };
 
 } // namespace qly

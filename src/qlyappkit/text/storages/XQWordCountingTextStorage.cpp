@@ -30,10 +30,7 @@ void XQWordCountingTextStorage::recountWords()
     m_wordCount = qly::wordCount(m_backing, Range{0, m_backing.length()});
 }
 
-qsizetype XQWordCountingTextStorage::wordCountForRange(Range range) const
-{
-    return qly::wordCount(m_backing, range);
-}
+qsizetype XQWordCountingTextStorage::wordCountForRange(Range range) const { return qly::wordCount(m_backing, range); }
 
 Range XQWordCountingTextStorage::wordRangeForCharRange(Range range) const
 {
@@ -59,10 +56,10 @@ void XQWordCountingTextStorage::replaceCharacters(Range range, const QString& te
     edited(EditedCharacters, range, delta);
     if (m_wordCount < 0)
         recountWords();
-    NotificationCenter::defaultCenter().post(
-        XQWordCountingTextStorageStatisticsDidChangeNotification, static_cast<const TextStorage*>(this),
-        QVariantMap{{XQChangedWordsCountKey, qlonglong(m_wordCount - oldCount)},
-                    {XQChangedCharactersCountKey, qlonglong(delta)}});
+    NotificationCenter::defaultCenter().post(XQWordCountingTextStorageStatisticsDidChangeNotification,
+                                             static_cast<const TextStorage*>(this),
+                                             QVariantMap{{XQChangedWordsCountKey, qlonglong(m_wordCount - oldCount)},
+                                                         {XQChangedCharactersCountKey, qlonglong(delta)}});
 }
 
 } // namespace qly
