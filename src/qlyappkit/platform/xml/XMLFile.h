@@ -1,15 +1,21 @@
 #pragma once
 // Reading XML documents from files and writing them atomically.
+#include <qlyappkit/platform/services/AtomicFile.h>
 #include <qlyappkit/platform/services/Error.h>
 
+#include <QByteArray>
 #include <QString>
 #include <pugixml.hpp>
 
 namespace qly {
 
-/// The error domain and codes of writeXMLDocumentAtomically.
-inline const QString XQXMLFileErrorDomain = QStringLiteral("QlyAppKitXMLFileErrorDomain");
-enum XQXMLFileErrorCode { XQXMLFileCannotOpenError = 1, XQXMLFileCannotWriteError = 2, XQXMLFileCannotCommitError = 3 };
+/// The error domain and codes of writeXMLDocumentAtomically: those of every atomic file write.
+inline const QString& XQXMLFileErrorDomain = XQFileErrorDomain;
+enum XQXMLFileErrorCode {
+    XQXMLFileCannotOpenError = XQFileCannotOpenError,
+    XQXMLFileCannotWriteError = XQFileCannotWriteError,
+    XQXMLFileCannotCommitError = XQFileCannotCommitError
+};
 
 /// The declaration written before the root when the document holds none of its own.
 inline const QString XQXMLDeclaration = QStringLiteral(R"(<?xml version="1.0" encoding="UTF-8"?>)");
@@ -23,5 +29,8 @@ bool writeXMLDocumentAtomically(const pugi::xml_document& document, const QStrin
 /// unless preserveWhitespace is set. A file that cannot be read gives status_file_not_found or
 /// status_io_error; a parse problem gives its status and the byte offset where it was found.
 pugi::xml_parse_result loadXMLDocument(const QString& path, pugi::xml_document& document, bool preserveWhitespace);
+/// The same for a document's bytes.
+pugi::xml_parse_result loadXMLDocumentFromData(const QByteArray& data, pugi::xml_document& document,
+                                               bool preserveWhitespace);
 
 } // namespace qly
