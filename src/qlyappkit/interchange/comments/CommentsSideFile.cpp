@@ -78,22 +78,58 @@ bool writeCommentsToURL(const AttributedString& text, const QString& path, Error
     return false;
 }
 
+namespace {
+
+std::optional<std::vector<XQCommentPtr>> commentListFromDocument(const pugi::xml_document& document)
+{
+    const pugi::xml_node root = document.document_element();
+    if (!root || fromPugiString(root.name()) != XQCommentsXMLRootElementName)
+        return std::nullopt;
+    return commentListFromXMLRepresentation(root);
+}
+
+} // namespace
+
 std::optional<XQCommentsByID> commentsFromURL(const QString& path)
+{
+    const std::optional<std::vector<XQCommentPtr>> list = commentListFromURL(path);
+    if (!list)
+        return std::nullopt;
+    XQCommentsByID comments;
+    for (const XQCommentPtr& comment : *list)
+        comments.insert(comment->uniqueID(), comment);
+    return comments;
+}
+
+std::optional<std::vector<XQCommentPtr>> commentListFromURL(const QString& path)
 {
     if (!QFileInfo::exists(path))
         return std::nullopt;
     pugi::xml_document document;
     if (!loadXMLDocument(path, document, true))
         return std::nullopt;
-    const pugi::xml_node root = document.document_element();
-    if (!root || fromPugiString(root.name()) != XQCommentsXMLRootElementName)
+    return commentListFromDocument(document);
+}
+
+std::optional<std::vector<XQCommentPtr>> commentListFromXMLData(const QByteArray& data)
+{
+    pugi::xml_document document;
+    if (!loadXMLDocumentFromData(data, document, true))
         return std::nullopt;
-    return commentsInfoFromXMLRepresentation(root);
+    return commentListFromDocument(document);
 }
 
 XQCommentsByID commentsInfoFromXMLRepresentation(pugi::xml_node element)
 {
     XQCommentsByID comments;
+    for (const XQCommentPtr& comment : commentListFromXMLRepresentation(element))
+        comments.insert(comment->uniqueID(), comment);
+    return comments;
+}
+
+std::vector<XQCommentPtr> commentListFromXMLRepresentation(pugi::xml_node element)
+{
+    std::vector<XQCommentPtr> comments;
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element)
             continue;
@@ -112,7 +148,7 @@ XQCommentsByID commentsInfoFromXMLRepresentation(pugi::xml_node element)
             comment->setColor(XQColorFromXMLStringValue(*color));
         if (const pugi::xml_node richText = firstChildElementWithName(child, XQRichTextElementName))
             comment->setText(XQAttributedStringFromXMLElement(richText));
-        comments.insert(*uniqueID, comment);
+        comments.push_back(comment);
     }
     return comments;
 }

@@ -6,6 +6,7 @@
 #include <QString>
 #include <memory>
 #include <optional>
+#include <vector>
 #include <pugixml.hpp>
 
 #include <qlyappkit/platform/services/Error.h>
@@ -38,9 +39,15 @@ bool writeCommentsToURL(const AttributedString& text, const QString& path, Error
 
 /// The comments of a side file; nothing when it is missing, not XML or not rooted in "Comments".
 std::optional<XQCommentsByID> commentsFromURL(const QString& path);
+/// The comments of a side file in the order the file holds them; nothing as for commentsFromURL().
+std::optional<std::vector<XQCommentPtr>> commentListFromURL(const QString& path);
+/// The same from the bytes of a side file.
+std::optional<std::vector<XQCommentPtr>> commentListFromXMLData(const QByteArray& data);
 /// New comments from the children of a "Comments" element (each keeps its stored ID); children
 /// without "ID" are skipped.
 XQCommentsByID commentsInfoFromXMLRepresentation(pugi::xml_node element);
+/// The same in the children's order (a repeated ID appears each time).
+std::vector<XQCommentPtr> commentListFromXMLRepresentation(pugi::xml_node element);
 
 /// loadCommentsFromDictionary() with the comments of a side file; nothing when it gives none.
 void loadCommentsFromURL(MutableAttributedString& text, const QString& path);

@@ -1,0 +1,24 @@
+#pragma once
+// The text of a document as the application stores it: RTF (or plain text) in which notes travel as
+// tags, and linked comments in a comments side file beside it ("NAME.comments.xml" for "NAME.rtf").
+// Reading it gives the text with its notes as attributes and its comments on their anchors, ready for
+// export.
+#include <qlyappkit/interchange/export/Documents.h>
+
+namespace qly {
+
+/// What follows a document's name, less its extension, to name its comments side file.
+inline const QString XQCommentsSideFileSuffix = QStringLiteral(".comments.xml");
+
+/// The comments side file that belongs beside a document: "NAME.comments.xml" for "NAME.EXT".
+QString commentsSideFilePathForDocument(const QString& documentPath);
+
+/// A stored text read from bytes: note tags become attributes and, when commentsPath names a side
+/// file, its comments are put on their links. A side file that cannot be read is an error (nothing
+/// returned, *error set); a text that is not RTF when RTF was asked for is too.
+std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& data, DocumentFormat format,
+                                                           const QString& commentsPath,
+                                                           QVariantMap* documentAttributes = nullptr,
+                                                           Error* error = nullptr, QStringList* warnings = nullptr);
+
+} // namespace qly
