@@ -18,10 +18,13 @@ struct QlyRun {
     QString err;
 };
 
-inline QlyRun runQly(const QStringList& args)
+/// Runs qly with the arguments, giving it input on its standard input.
+inline QlyRun runQly(const QStringList& args, const QByteArray& input = {})
 {
     QProcess process;
     process.start(Qly, args);
+    process.write(input);
+    process.closeWriteChannel();
     QlyRun run;
     if (!process.waitForFinished(60000))
         return run;

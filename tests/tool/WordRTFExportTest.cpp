@@ -120,7 +120,7 @@ TEST(WordRTFExport, OptionsPaperMarginsAndSections)
     // Unknown names and malformed values are refused before anything is written.
     exportSample(dir, {QStringLiteral("--option"), QStringLiteral("XQRTFNoSuchThing=yes")}, &run);
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_TRUE(run.err.contains(QStringLiteral("unknown option XQRTFNoSuchThing")));
+    EXPECT_TRUE(run.err.contains(QStringLiteral("unknown option \u201CXQRTFNoSuchThing\u201D")));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("out.rtf"))));
     exportSample(dir, {QStringLiteral("--paper"), QStringLiteral("wide")}, &run);
     EXPECT_EQ(run.exitCode, 2);
