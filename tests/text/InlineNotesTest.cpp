@@ -16,7 +16,6 @@ using namespace notetest;
 namespace {
 
 const QChar WordJoiner(0x2060);
-const QChar Attachment(AttachmentCharacter);
 
 AttributedString inlineAll(const AttributedString& text, const QVariantMap& options = {})
 {
