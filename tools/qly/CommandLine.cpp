@@ -65,7 +65,8 @@ bool readInput(const QString& path, QByteArray& bytes)
 {
     QFile file;
     const bool standardInput = path == StandardStreamName;
-    const bool opened = standardInput ? file.open(stdin, QIODevice::ReadOnly) : (file.setFileName(path), file.open(QIODevice::ReadOnly));
+    const bool opened = standardInput ? file.open(stdin, QIODevice::ReadOnly)
+                                      : (file.setFileName(path), file.open(QIODevice::ReadOnly));
     if (!opened) {
         printError(QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
         return false;

@@ -15,9 +15,10 @@ QString yesNo(bool value) { return value ? QStringLiteral("yes") : QStringLitera
 
 int runComments(const QStringList& args)
 {
-    CommandLine line(QStringLiteral("comments"), QStringLiteral("FILE"),
-                     QStringLiteral("Lists the comments of a comments side file (\"-\" reads standard input), one per\n"
-                                    "line in file order: ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text."));
+    CommandLine line(
+        QStringLiteral("comments"), QStringLiteral("FILE"),
+        QStringLiteral("Lists the comments of a comments side file (\"-\" reads standard input), one per\n"
+                       "line in file order: ID<TAB>footnote<TAB>number<TAB>collapsed<TAB>colour<TAB>text."));
     int exitCode = 0;
     if (!line.parse(args, 1, 1, &exitCode))
         return exitCode;

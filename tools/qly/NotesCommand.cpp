@@ -27,10 +27,11 @@ QString kindName(InlineNoteKind kind)
 
 int runNotes(const QStringList& args)
 {
-    CommandLine line(QStringLiteral("notes"), QStringLiteral("FILE"),
-                     QStringLiteral("Lists the notes tagged in a UTF-8 text (\"-\" reads standard input), one per line\n"
-                                    "in text order: annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
-                                    "(UTF-16 units of the text without its tags; line breaks as \\n)."));
+    CommandLine line(
+        QStringLiteral("notes"), QStringLiteral("FILE"),
+        QStringLiteral("Lists the notes tagged in a UTF-8 text (\"-\" reads standard input), one per line\n"
+                       "in text order: annotation|footnote|preserve<TAB>start<TAB>length<TAB>text\n"
+                       "(UTF-16 units of the text without its tags; line breaks as \\n)."));
     int exitCode = 0;
     if (!line.parse(args, 1, 1, &exitCode))
         return exitCode;

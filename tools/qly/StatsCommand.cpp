@@ -9,10 +9,11 @@ namespace qly::tool {
 
 int runStats(const QStringList& args)
 {
-    CommandLine line(QStringLiteral("stats"), QStringLiteral("FILE..."),
-                     QStringLiteral("Counts the words and characters (UTF-16 units) of each file, RTF for names ending\n"
-                                    "in .rtf and UTF-8 text otherwise (\"-\" reads standard input), and prints\n"
-                                    "words<TAB>characters<TAB>name, with a total line for several files."));
+    CommandLine line(
+        QStringLiteral("stats"), QStringLiteral("FILE..."),
+        QStringLiteral("Counts the words and characters (UTF-16 units) of each file, RTF for names ending\n"
+                       "in .rtf and UTF-8 text otherwise (\"-\" reads standard input), and prints\n"
+                       "words<TAB>characters<TAB>name, with a total line for several files."));
     int exitCode = 0;
     if (!line.parse(args, 1, -1, &exitCode))
         return exitCode;

@@ -17,10 +17,8 @@ QString commentsSideFilePathForDocument(const QString& documentPath)
     return stem + XQCommentsSideFileSuffix;
 }
 
-std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& data, DocumentFormat format,
-                                                           const QString& commentsPath,
-                                                           QVariantMap* documentAttributes, Error* error,
-                                                           QStringList* warnings)
+std::optional<AttributedString> storedTextFromAttributedString(const AttributedString& read,
+                                                               const QString& commentsPath, Error* error)
 {
     std::optional<XQCommentsByID> comments;
     if (!commentsPath.isEmpty()) {
@@ -31,14 +29,21 @@ std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& dat
             return std::nullopt;
         }
     }
+    MutableAttributedString text(attributedStringByConvertingTagsToAttributes(read));
+    if (comments)
+        loadCommentsFromDictionary(text, *comments);
+    return text.attributedString();
+}
+
+std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& data, DocumentFormat format,
+                                                           const QString& commentsPath, QVariantMap* documentAttributes,
+                                                           Error* error, QStringList* warnings)
+{
     const std::optional<AttributedString> read =
         attributedStringFromDocumentData(data, format, documentAttributes, error, warnings);
     if (!read)
         return std::nullopt;
-    MutableAttributedString text(attributedStringByConvertingTagsToAttributes(*read));
-    if (comments)
-        loadCommentsFromDictionary(text, *comments);
-    return text.attributedString();
+    return storedTextFromAttributedString(*read, commentsPath, error);
 }
 
 } // namespace qly

@@ -13,6 +13,12 @@ inline const QString XQCommentsSideFileSuffix = QStringLiteral(".comments.xml");
 /// The comments side file that belongs beside a document: "NAME.comments.xml" for "NAME.EXT".
 QString commentsSideFilePathForDocument(const QString& documentPath);
 
+/// A stored text from the text its document was read into: note tags become attributes and, when
+/// commentsPath names a side file, its comments are put on their links. A side file that cannot be
+/// read is an error (nothing returned, *error set).
+std::optional<AttributedString> storedTextFromAttributedString(const AttributedString& read,
+                                                               const QString& commentsPath, Error* error = nullptr);
+
 /// A stored text read from bytes: note tags become attributes and, when commentsPath names a side
 /// file, its comments are put on their links. A side file that cannot be read is an error (nothing
 /// returned, *error set); a text that is not RTF when RTF was asked for is too.

@@ -38,9 +38,9 @@ QString decodedName(const QString& link, const QString& scheme)
 std::optional<TextAttachment> pictureForLink(const QString& link, const QString& folder, QStringList* warnings)
 {
     QString problem;
-    const std::optional<QString> path =
-        folder.isEmpty() ? std::nullopt
-                         : pathInsideFolder(folder, decodedName(link, XQExportPictureLinkScheme), &problem);
+    const std::optional<QString> path = folder.isEmpty()
+        ? std::nullopt
+        : pathInsideFolder(folder, decodedName(link, XQExportPictureLinkScheme), &problem);
     if (!path) {
         if (problem.isEmpty())
             problem = localized("There is no folder to read pictures from.");
@@ -79,12 +79,10 @@ AttributedString attributedStringByResolvingExportLinks(const AttributedString& 
         text.removeAttribute(LinkAttributeName, it->range);
         if (it->target.startsWith(XQExportBookmarkLinkScheme)) {
             text.addAttribute(XQRTFBookmarkAttributeName,
-                              RTFBookmarkNameForString(decodedName(it->target, XQExportBookmarkLinkScheme)),
-                              it->range);
+                              RTFBookmarkNameForString(decodedName(it->target, XQExportBookmarkLinkScheme)), it->range);
         } else if (it->target.startsWith(XQExportPageRefLinkScheme)) {
             text.addAttribute(XQRTFPageRefFieldAttributeName,
-                              RTFBookmarkNameForString(decodedName(it->target, XQExportPageRefLinkScheme)),
-                              it->range);
+                              RTFBookmarkNameForString(decodedName(it->target, XQExportPageRefLinkScheme)), it->range);
         } else if (const std::optional<TextAttachment> picture = pictureForLink(it->target, resourceFolder, warnings)) {
             Attributes attributes = text.attributes(it->range.location);
             attributes.remove(LinkAttributeName);

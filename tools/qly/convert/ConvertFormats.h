@@ -1,0 +1,56 @@
+#pragma once
+// The formats qly convert reads and writes. Each format is one handler in a file of its own: the
+// names and extensions that choose it, the options only it reads, and how it reads and writes a
+// document through the library. ConvertFormats.cpp lists them.
+#include <qlyappkit/platform/text/AttributedString.h>
+
+#include <QByteArray>
+#include <QCommandLineOption>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "../CommandLine.h"
+
+namespace qly::tool {
+
+/// A document on its way through qly convert.
+struct ConvertDocument {
+    AttributedString text;
+    QVariantMap documentAttributes;
+    /// The input's path ("-" for standard input): where side files and relative links are found.
+    QString inputPath;
+};
+
+struct DocumentFormatHandler {
+    /// The name -f/-t take; the first is the one messages use.
+    QStringList names;
+    /// File name extensions (lower case, no dot) that choose this format.
+    QStringList extensions;
+    /// Options only this format reads; set with another format they are a usage error.
+    QList<QCommandLineOption> options;
+    /// Reads a document from the input's bytes; nothing (after printing why) when it cannot.
+    /// Empty for a format that is only written.
+    std::function<std::optional<ConvertDocument>(const QByteArray& bytes, const QString& inputPath,
+                                                 const CommandLine& line)>
+        read;
+    /// Writes the document to outputPath ("-": standard output) and returns the exit code. Empty for a
+    /// format that is only read.
+    std::function<int(const ConvertDocument& document, const QString& outputPath, const CommandLine& line)> write;
+};
+
+/// Every format, in the order help lists them.
+const std::vector<DocumentFormatHandler>& documentFormatHandlers();
+
+DocumentFormatHandler plainTextFormatHandler();
+DocumentFormatHandler rtfFormatHandler();
+DocumentFormatHandler wordRTFFormatHandler();
+
+/// Prints the warnings of a conversion step, each naming the input.
+void printWarnings(const QString& inputPath, const QStringList& warnings);
+
+} // namespace qly::tool
