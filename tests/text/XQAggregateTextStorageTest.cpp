@@ -365,3 +365,19 @@ TEST(XQAggregateTextStorage, CommentsAcrossComponents)
     EXPECT_EQ(agg.attributedSubstring(agg.textRanges()[0]), f.a->attributedString());
     EXPECT_TRUE(commentLinksConsistent(agg.attributedSubstring(agg.textRanges()[2])));
 }
+
+TEST(XQAggregateTextStorage, CheckInvariantsNamesWhatIsWrong)
+{
+    Fixture f;
+    XQAggregateTextStorage& agg = f.aggregate;
+    QString failure;
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+    agg.setShowsTitles(false);
+    agg.setPageBreakBefore(false, 1);
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+    // A separator edit that changes the length gets past the storage (the editor's editability test
+    // refuses it): the ranges no longer tile the text, and the check says so.
+    agg.replaceCharacters(Range{agg.textRanges()[0].end(), 1}, QStringLiteral("##"));
+    EXPECT_FALSE(agg.checkInvariants(&failure));
+    EXPECT_FALSE(failure.isEmpty());
+}

@@ -97,4 +97,9 @@ void TextStorage::removeObserver(TextStorageObserver* observer)
     m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), observer), m_observers.end());
 }
 
+bool TextStorage::hasObserver(const TextStorageObserver* observer) const
+{
+    return std::find(m_observers.begin(), m_observers.end(), observer) != m_observers.end();
+}
+
 } // namespace qly

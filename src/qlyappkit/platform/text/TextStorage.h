@@ -55,6 +55,7 @@ public:
 
     void addObserver(TextStorageObserver* observer);
     void removeObserver(TextStorageObserver* observer);
+    bool hasObserver(const TextStorageObserver* observer) const;
 
 private:
     int m_editingDepth = 0;
