@@ -365,3 +365,73 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
     }
     reportChecks(checks);
 }
+
+namespace {
+
+/// A batch of one to six overlapping attribute and character edits made on a component directly,
+/// later deletions often swallowing earlier edits.
+void randomComponentBatch(QRandomGenerator& rng, XQTextStorage& component)
+{
+    component.beginEditing();
+    const int ops = 1 + int(rng.bounded(6));
+    for (int k = 0; k < ops; ++k) {
+        const Range r = randomRangeIn(rng, Range{0, component.length()}, rng.bounded(3) ? 4 : 25);
+        switch (rng.bounded(5)) {
+        case 0:
+            component.replaceCharacters(r, randomSnippet(rng, 5));
+            break;
+        case 1:
+            component.replaceCharacters(r, QString());
+            break;
+        case 2:
+            component.setAttributes(kItalic, r);
+            break;
+        case 3:
+            component.addAttribute(XQKeepWithNextAttributeName, true, r);
+            break;
+        case 4:
+            component.addAttribute(UnderlineStyleAttributeName, int(rng.bounded(3)), r);
+            break;
+        }
+    }
+    component.endEditing();
+}
+
+} // namespace
+
+// Batches made on the components directly, with edits that overlap and swallow each other, reach
+// both aggregates at the right place.
+TEST(AggregateSession, ComponentBatchesAreMirroredWhereTheyHappened)
+{
+    LeafCapacityGuard tinyLeaves(24);
+    QRandomGenerator rng(79);
+    std::vector<std::shared_ptr<XQTextStorage>> storages;
+    std::vector<XQTextComponent> list;
+    std::vector<XQAggregatingTextStorage::Component> plain;
+    for (int i = 0; i < 4; ++i) {
+        storages.push_back(makeComponent(rng));
+        list.push_back(XQTextComponent{QStringLiteral("Part %1").arg(i), storages.back(), i == 1});
+        plain.push_back(storages.back());
+    }
+    XQAggregateTextStorage aggregate;
+    aggregate.setComponents(list);
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents(plain);
+    int checks = 0;
+    for (int step = 0; step < 1500; ++step) {
+        const size_t i = rng.bounded(int(storages.size()));
+        if (rng.bounded(4) == 0) {
+            // Now and then an edit typed into either aggregate, so both directions interleave.
+            const Range r = randomRangeIn(rng, aggregate.textRanges()[i], 3);
+            aggregate.replaceCharacters(r, randomSnippet(rng, 3));
+            const Range s = randomRangeIn(rng, joined.textRanges()[i], 3);
+            joined.replaceCharacters(s, randomSnippet(rng, 3));
+        } else {
+            randomComponentBatch(rng, *storages[i]);
+        }
+        ASSERT_TRUE(aggregateConsistent(aggregate, storages)) << "step " << step;
+        ASSERT_TRUE(invariantsHold(aggregate, checks)) << "step " << step;
+        ASSERT_TRUE(invariantsHold(joined, checks)) << "step " << step;
+    }
+    reportChecks(checks);
+}

@@ -202,3 +202,21 @@ TEST(XQAggregatingTextStorage, AStorageShownTwiceStaysEqualToBothSlices)
     EXPECT_EQ(joined.string(), QStringLiteral("other\nold text"));
     EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
 }
+
+TEST(XQAggregatingTextStorage, MirrorsABatchWhoseDeletionSwallowsAnEarlierEdit)
+{
+    auto a = storage(QStringLiteral("hello world")), b = storage(QStringLiteral("next"));
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents({a, b});
+    a->beginEditing();
+    a->addAttribute(UnderlineStyleAttributeName, 1, Range{8, 1});
+    a->replaceCharacters(Range{5, 6}, QString());
+    a->endEditing();
+    EXPECT_EQ(a->string(), QStringLiteral("hello"));
+    EXPECT_EQ(joined.string(), QStringLiteral("hello\nnext"));
+    QString failure;
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    joined.replaceCharacters(Range{joined.textRanges()[1].location, 0}, QStringLiteral("the "));
+    EXPECT_EQ(b->string(), QStringLiteral("the next"));
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+}
