@@ -30,6 +30,7 @@ const QStringList& trickyPieces()
         QStringLiteral("\u30AB"),     QStringLiteral("\u05D0"),     QStringLiteral("_"),
         QStringLiteral("\u00AD"),     QStringLiteral("-"),          QStringLiteral("("),
         QStringLiteral("/"),          QStringLiteral("!"),          QStringLiteral("\u4E2D"),
+        QStringLiteral("\u6587"),     QStringLiteral("\u3002"),     QStringLiteral("\u3072"),
         QStringLiteral("\u00A0"),     QStringLiteral("\t"),         QStringLiteral("\u2029")};
     return pieces;
 }
@@ -91,6 +92,8 @@ TEST(WordCounting, IndependentBoundariesAroundTrickyNeighbours)
     EXPECT_TRUE(isIndependentWordBoundary(u"a\r\nb", 3));
     EXPECT_FALSE(isIndependentWordBoundary(u"3.5", 1)); // a full stop looks across itself
     EXPECT_FALSE(isIndependentWordBoundary(u"ab", 1));
+    EXPECT_TRUE(isIndependentWordBoundary(u"\u4E2D\u6587", 1)); // ideographs stand alone
+    EXPECT_FALSE(isIndependentWordBoundary(u"\u4E2D\u0301", 1));
     EXPECT_TRUE(isIndependentWordBoundary(u"ab", 0));
     EXPECT_TRUE(isIndependentWordBoundary(u"ab", 2));
     const QString flags = QStringLiteral("\U0001F1EB\U0001F1F7\U0001F1EB\U0001F1F7");

@@ -16,10 +16,14 @@ constexpr char32_t Unknown = 0xFFFFFFFF;
 /// Line breaks: after one (but not between CR and LF) and before one every word segment ends.
 bool isLineBreak(char16_t c) { return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029; }
 
-/// ASCII characters of the word-break classes WSegSpace and Other: no rule joins them to a neighbour
-/// (a space only to another space, and the neighbour is never a space).
+/// Characters of the word-break classes WSegSpace and Other that no rule joins to a neighbour (a space
+/// only to another space, and the neighbour is never a space): ASCII spaces and punctuation, and, so
+/// that text without spaces has such boundaries too, CJK ideographs and ideographic full stops and
+/// commas (each of which stands alone as a segment).
 bool isSeparating(char16_t c)
 {
+    if ((c >= 0x4E00 && c <= 0x9FFF) || (c >= 0x3400 && c <= 0x4DBF) || c == 0x3001 || c == 0x3002)
+        return true;
     switch (c) {
     case u' ':
     case u'!':

@@ -10,10 +10,11 @@
 // past the full stop. So the segments of a piece of text can differ from those the whole text has
 // there. An independent word boundary is a position where they cannot: the text's ends, a line break
 // (never between CR and LF), or an ASCII space or other punctuation that no rule joins to anything
-// (such as "(", "-", "/", "!") next to an ordinary character (not a space, a combining mark, a format
-// character, an emoji modifier or half of a surrogate pair). The segments of the text before it and
-// of the text after it, each taken alone, are exactly the segments of the whole text. Chunked counting
-// cuts only there, and a running count recounts between two of them (wordCountingRangeForEdit).
+// (such as "(", "-", "/", "!"), or a CJK ideograph or ideographic full stop or comma, next to an
+// ordinary character (not a space, a combining mark, a format character, an emoji modifier or half
+// of a surrogate pair). The segments of the text before it and of the text after it, each taken
+// alone, are exactly the segments of the whole text. Chunked counting cuts only there, and a running
+// count recounts between two of them (wordCountingRangeForEdit).
 #include <QStringView>
 
 #include <qlyappkit/platform/text/AttributedString.h>
