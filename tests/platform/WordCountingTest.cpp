@@ -3,6 +3,7 @@
 
 #include <QRandomGenerator>
 #include <QTextBoundaryFinder>
+#include <iostream>
 #include <vector>
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
@@ -37,9 +38,15 @@ const QStringList& trickyPieces()
 
 QString trickyText(QRandomGenerator& rng, int pieces)
 {
+    // Every character that may stand next to an independent boundary, now and then.
+    static const QString separating = QStringLiteral(" !#$%&()*+-/<=>?@[\\]^`{|}~\u3001\u3002\u4E00\u9FFF\u3400");
     QString t;
-    for (int i = 0; i < pieces; ++i)
-        t += trickyPieces().at(int(rng.bounded(int(trickyPieces().size()))));
+    for (int i = 0; i < pieces; ++i) {
+        if (rng.bounded(4) == 0)
+            t += separating.at(int(rng.bounded(int(separating.size()))));
+        else
+            t += trickyPieces().at(int(rng.bounded(int(trickyPieces().size()))));
+    }
     return t;
 }
 
@@ -64,7 +71,7 @@ TEST(WordCounting, IndependentBoundariesSplitTheSegmentationExactly)
 {
     QRandomGenerator rng(31);
     int checked = 0;
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 800; ++round) {
         const QString t = trickyText(rng, 1 + int(rng.bounded(40)));
         const std::vector<qsizetype> whole = boundaries(t);
         for (qsizetype p = 0; p <= t.size(); ++p) {
@@ -80,6 +87,7 @@ TEST(WordCounting, IndependentBoundariesSplitTheSegmentationExactly)
         }
     }
     EXPECT_GT(checked, 2000);
+    std::cout << "[ CHECKS   ] " << checked << " independent boundaries checked" << std::endl;
 }
 
 TEST(WordCounting, IndependentBoundariesAroundTrickyNeighbours)
