@@ -2,6 +2,9 @@
 // notification, observers.
 #include <gtest/gtest.h>
 
+#include <QRandomGenerator>
+#include <iostream>
+
 #include <qlyappkit/platform/services/NotificationCenter.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/text/TextStorage.h>
@@ -93,4 +96,160 @@ TEST(TextStorage, EditedRangeFollowsLaterEditsBeforeIt)
     storage.endEditing();
     EXPECT_EQ(seen, (Range{0, 7}));
     EXPECT_EQ(storage.string(), QStringLiteral("34567ab9"));
+}
+
+TEST(TextStorage, EditedRangeOfABatchWhoseDeletionSwallowsAnEarlierEdit)
+{
+    TextStorage storage(QStringLiteral("hello world"));
+    Recorded seen{};
+    ScopedObserver listen(TextStorageDidProcessEditingNotification, &storage, [&](const Notification&) {
+        seen = {storage.editedMask(), storage.editedRange(), storage.changeInLength()};
+    });
+    storage.beginEditing();
+    storage.addAttribute(UnderlineStyleAttributeName, 1, Range{8, 1});
+    storage.replaceCharacters(Range{5, 6}, QString());
+    storage.endEditing();
+    EXPECT_EQ(storage.string(), QStringLiteral("hello"));
+    EXPECT_EQ(seen.mask, TextStorage::EditedCharacters | TextStorage::EditedAttributes);
+    EXPECT_EQ(seen.range, (Range{5, 0})); // not {5,3}: that runs past the end of a 5-unit text
+    EXPECT_EQ(seen.delta, -6);
+
+    // An earlier edit partly cut by a later replacement keeps what survives of it.
+    storage.replaceCharacters(Range{0, 5}, QStringLiteral("abcdefghij"));
+    storage.beginEditing();
+    storage.addAttribute(UnderlineStyleAttributeName, 2, Range{2, 5}); // c..g
+    storage.replaceCharacters(Range{4, 6}, QStringLiteral("XY")); // e..j -> XY: "abcdXY"
+    storage.endEditing();
+    EXPECT_EQ(storage.string(), QStringLiteral("abcdXY"));
+    EXPECT_EQ(seen.range, (Range{2, 4}));
+    EXPECT_EQ(seen.delta, -4);
+}
+
+namespace {
+
+/// One character of the reference: where it came from in the text before the batch (-1 for a
+/// character inserted by the batch), and whether a deletion left a seam just before it.
+struct ModelCharacter {
+    QChar c;
+    qsizetype origin;
+    bool seamBefore = false;
+};
+
+QString batchText(QRandomGenerator& rng, int maxLength)
+{
+    static const QString alphabet = QStringLiteral("abcdef ghij\nklm.");
+    QString s;
+    const int n = int(rng.bounded(maxLength + 1));
+    for (int i = 0; i < n; ++i)
+        s += alphabet.at(int(rng.bounded(int(alphabet.size()))));
+    return s;
+}
+
+Range randomRange(QRandomGenerator& rng, qsizetype length, int maxLength)
+{
+    const qsizetype at = qsizetype(rng.bounded(int(length + 1)));
+    return Range{at, std::min<qsizetype>(length - at, rng.bounded(maxLength + 1))};
+}
+
+} // namespace
+
+// Batches of overlapping, swallowing attribute and character edits against a reference: after
+// endEditing the edited range lies inside the text, covers every position whose character or
+// attributes changed (and every place where characters were deleted), and the change in length is
+// the difference in length.
+TEST(TextStorage, RandomBatchesReportARangeThatCoversEveryChange)
+{
+    QRandomGenerator rng(2024);
+    TextStorage storage(QStringLiteral("hello world, a text to edit in batches"));
+    Recorded seen{};
+    int processed = 0;
+    ScopedObserver listen(TextStorageDidProcessEditingNotification, &storage, [&](const Notification&) {
+        seen = {storage.editedMask(), storage.editedRange(), storage.changeInLength()};
+        ++processed;
+    });
+    int checks = 0;
+    for (int round = 0; round < 3000; ++round) {
+        if (storage.length() > 120)
+            storage.replaceCharacters(Range{0, storage.length() - 40}, QString());
+        const AttributedString before = storage.attributedString();
+        std::vector<ModelCharacter> model;
+        for (qsizetype i = 0; i < before.length(); ++i)
+            model.push_back({before.string().at(i), i});
+        bool endSeam = false;
+        auto seamAt = [&](qsizetype p) {
+            if (p < qsizetype(model.size()))
+                model[size_t(p)].seamBefore = true;
+            else
+                endSeam = true;
+        };
+
+        const int ops = 1 + int(rng.bounded(6));
+        processed = 0;
+        storage.beginEditing();
+        for (int k = 0; k < ops; ++k) {
+            const qsizetype n = storage.length();
+            switch (rng.bounded(4)) {
+            case 0:
+            case 1: {
+                // Replace, insert or delete, often a long stretch that swallows earlier edits.
+                const Range r = randomRange(rng, n, rng.bounded(3) ? 4 : 30);
+                const QString s = rng.bounded(3) ? batchText(rng, 5) : QString();
+                storage.replaceCharacters(r, s);
+                bool seam = r.length > 0 && s.isEmpty();
+                for (qsizetype i = r.location; i < r.end(); ++i)
+                    seam = seam || model[size_t(i)].seamBefore;
+                if (r.end() == qsizetype(model.size()) && endSeam && s.isEmpty())
+                    seam = true;
+                model.erase(model.begin() + r.location, model.begin() + r.end());
+                std::vector<ModelCharacter> inserted;
+                for (QChar c : s)
+                    inserted.push_back({c, -1});
+                model.insert(model.begin() + r.location, inserted.begin(), inserted.end());
+                if (seam)
+                    seamAt(r.location);
+                break;
+            }
+            case 2:
+                storage.addAttribute(UnderlineStyleAttributeName, int(rng.bounded(3)), randomRange(rng, n, 8));
+                break;
+            case 3:
+                storage.setAttributes({{ToolTipAttributeName, QStringLiteral("t%1").arg(rng.bounded(3))}},
+                                      randomRange(rng, n, 8));
+                break;
+            }
+        }
+        storage.endEditing();
+        const qsizetype length = storage.length();
+        // A batch of edits over empty ranges may have reported nothing, and then changed nothing.
+        ASSERT_LE(processed, 1) << "round " << round;
+        if (processed == 0) {
+            ASSERT_EQ(storage.attributedString(), before) << "round " << round;
+            continue;
+        }
+        QString modelText;
+        for (const ModelCharacter& m : model)
+            modelText += m.c;
+        ASSERT_EQ(storage.string(), modelText) << "round " << round;
+
+        ++checks;
+        ASSERT_GE(seen.range.location, 0) << "round " << round;
+        ASSERT_LE(seen.range.end(), length) << "round " << round << ": edited range " << seen.range.location << "+"
+                                            << seen.range.length << " runs past the end of a text of " << length;
+        ASSERT_EQ(seen.delta, length - before.length()) << "round " << round;
+        for (qsizetype i = 0; i < length; ++i) {
+            const ModelCharacter& m = model[size_t(i)];
+            const bool changed = m.origin < 0 || storage.attributes(i) != before.attributes(m.origin);
+            if (changed)
+                ASSERT_TRUE(seen.range.location <= i && i < seen.range.end())
+                    << "round " << round << ": position " << i << " changed outside the edited range "
+                    << seen.range.location << "+" << seen.range.length;
+            if (m.seamBefore)
+                ASSERT_TRUE(seen.range.location <= i && i <= seen.range.end())
+                    << "round " << round << ": deletion before " << i << " outside the edited range "
+                    << seen.range.location << "+" << seen.range.length;
+        }
+        if (endSeam)
+            ASSERT_EQ(seen.range.end(), length) << "round " << round << ": deletion at the end not covered";
+    }
+    std::cout << "[ CHECKS   ] " << checks << " batches checked" << std::endl;
 }

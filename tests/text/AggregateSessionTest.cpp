@@ -1,11 +1,14 @@
 // Long randomised editing sessions on both aggregating storages: edits typed into the joined text,
 // into the components directly and into titles, components added and removed, separators changed.
 // After every step each component's text must equal its slice of the joined text (attributes too),
-// the ranges must tile the text, and the word counts must equal full recounts.
+// the ranges must tile the text, and the word counts must equal full recounts; and the storages' own
+// checkInvariants() must hold.
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/storages/XQAggregateTextStorage.h>
 #include <qlyappkit/text/storages/XQAggregatingTextStorage.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
+
+#include <iostream>
 
 #include "StorageTestSupport.h"
 
@@ -110,6 +113,22 @@ Range randomRangeIn(QRandomGenerator& rng, Range within, int maxLength)
 
 std::vector<XQTextComponent> componentList(const XQAggregateTextStorage& aggregate) { return aggregate.components(); }
 
+/// The storage's own invariant check, counted.
+template <typename Storage>::testing::AssertionResult invariantsHold(const Storage& storage, int& checks)
+{
+    ++checks;
+    QString failure;
+    if (storage.checkInvariants(&failure))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "checkInvariants: " << failure.toStdString();
+}
+
+void reportChecks(int checks)
+{
+    ::testing::Test::RecordProperty("invariantChecks", checks);
+    std::cout << "[ CHECKS   ] " << checks << " invariant checks" << std::endl;
+}
+
 } // namespace
 
 TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
@@ -124,7 +143,9 @@ TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
     }
     XQAggregateTextStorage aggregate;
     aggregate.setComponents(list);
+    int checks = 0;
     ASSERT_TRUE(aggregateConsistent(aggregate, storages));
+    ASSERT_TRUE(invariantsHold(aggregate, checks));
 
     int refused = 0, routed = 0;
     for (int step = 0; step < 2500; ++step) {
@@ -225,6 +246,7 @@ TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
             }
         }
         ASSERT_TRUE(aggregateConsistent(aggregate, storages)) << "step " << step << " op " << op;
+        ASSERT_TRUE(invariantsHold(aggregate, checks)) << "step " << step << " op " << op;
         for (const auto& storage : storages)
             ASSERT_TRUE(storage->isAggregateTextStorageComponent());
     }
@@ -233,10 +255,13 @@ TEST(AggregateSession, RandomSessionKeepsComponentsAndSlicesEqual)
     // Releasing the aggregate releases its components' membership and its observation.
     const XQTextComponent first = aggregate.components().front();
     aggregate.setComponents({});
+    EXPECT_TRUE(invariantsHold(aggregate, checks));
     EXPECT_FALSE(storages.front()->isAggregateTextStorageComponent());
     EXPECT_EQ(aggregate.length(), 0);
     storages.front()->replaceCharacters(Range{0, 0}, QStringLiteral("unheard "));
     EXPECT_EQ(aggregate.length(), 0);
+    EXPECT_TRUE(invariantsHold(aggregate, checks));
+    reportChecks(checks);
 }
 
 TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
@@ -279,7 +304,9 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
             return ::testing::AssertionFailure() << "word count " << joined.wordCount() << " != " << words;
         return ::testing::AssertionSuccess();
     };
+    int checks = 0;
     ASSERT_TRUE(consistent());
+    ASSERT_TRUE(invariantsHold(joined, checks));
 
     for (int step = 0; step < 2500; ++step) {
         const qsizetype n = qsizetype(storages.size());
@@ -334,5 +361,77 @@ TEST(AggregateSession, RandomSessionOfTheJoiningStorage)
             }
         }
         ASSERT_TRUE(consistent()) << "step " << step << " op " << op;
+        ASSERT_TRUE(invariantsHold(joined, checks)) << "step " << step << " op " << op;
     }
+    reportChecks(checks);
+}
+
+namespace {
+
+/// A batch of one to six overlapping attribute and character edits made on a component directly,
+/// later deletions often swallowing earlier edits.
+void randomComponentBatch(QRandomGenerator& rng, XQTextStorage& component)
+{
+    component.beginEditing();
+    const int ops = 1 + int(rng.bounded(6));
+    for (int k = 0; k < ops; ++k) {
+        const Range r = randomRangeIn(rng, Range{0, component.length()}, rng.bounded(3) ? 4 : 25);
+        switch (rng.bounded(5)) {
+        case 0:
+            component.replaceCharacters(r, randomSnippet(rng, 5));
+            break;
+        case 1:
+            component.replaceCharacters(r, QString());
+            break;
+        case 2:
+            component.setAttributes(kItalic, r);
+            break;
+        case 3:
+            component.addAttribute(XQKeepWithNextAttributeName, true, r);
+            break;
+        case 4:
+            component.addAttribute(UnderlineStyleAttributeName, int(rng.bounded(3)), r);
+            break;
+        }
+    }
+    component.endEditing();
+}
+
+} // namespace
+
+// Batches made on the components directly, with edits that overlap and swallow each other, reach
+// both aggregates at the right place.
+TEST(AggregateSession, ComponentBatchesAreMirroredWhereTheyHappened)
+{
+    LeafCapacityGuard tinyLeaves(24);
+    QRandomGenerator rng(79);
+    std::vector<std::shared_ptr<XQTextStorage>> storages;
+    std::vector<XQTextComponent> list;
+    std::vector<XQAggregatingTextStorage::Component> plain;
+    for (int i = 0; i < 4; ++i) {
+        storages.push_back(makeComponent(rng));
+        list.push_back(XQTextComponent{QStringLiteral("Part %1").arg(i), storages.back(), i == 1});
+        plain.push_back(storages.back());
+    }
+    XQAggregateTextStorage aggregate;
+    aggregate.setComponents(list);
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents(plain);
+    int checks = 0;
+    for (int step = 0; step < 1500; ++step) {
+        const size_t i = rng.bounded(int(storages.size()));
+        if (rng.bounded(4) == 0) {
+            // Now and then an edit typed into either aggregate, so both directions interleave.
+            const Range r = randomRangeIn(rng, aggregate.textRanges()[i], 3);
+            aggregate.replaceCharacters(r, randomSnippet(rng, 3));
+            const Range s = randomRangeIn(rng, joined.textRanges()[i], 3);
+            joined.replaceCharacters(s, randomSnippet(rng, 3));
+        } else {
+            randomComponentBatch(rng, *storages[i]);
+        }
+        ASSERT_TRUE(aggregateConsistent(aggregate, storages)) << "step " << step;
+        ASSERT_TRUE(invariantsHold(aggregate, checks)) << "step " << step;
+        ASSERT_TRUE(invariantsHold(joined, checks)) << "step " << step;
+    }
+    reportChecks(checks);
 }

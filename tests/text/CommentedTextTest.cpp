@@ -4,6 +4,7 @@
 
 #include <qlyappkit/platform/strings/StringSearch.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/text/attributes/LinkValues.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
 #include <qlyappkit/text/comments/XQCommentedTextStorageMethods.h>
@@ -160,4 +161,52 @@ TEST(CommentedText, SavingIDsAsLinksAndLoadingThemBack)
               QVariant(QVariantMap{{XQQuilleryLinkKey, QStringLiteral("chapter-9")}}));
     EXPECT_EQ(urlLink.attribute(LinkAttributeName, 1),
               QVariant(QVariantMap{{XQQuilleryLinkKey, QStringLiteral("Chapter-9")}}));
+}
+
+TEST(CommentedText, LinksHeldAsQUrlLoseNothingTheyStillHold)
+{
+    // A comment whose ID is upper case, linked through a QUrl (which lower-cases the host part).
+    const XQCommentPtr comment = XQComment::create(plainText(QStringLiteral("note")));
+    comment->setUniqueID(QStringLiteral("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"));
+    MutableAttributedString text(QStringLiteral("abc def"));
+    text.addAttribute(LinkAttributeName, QUrl(QStringLiteral("quillcmt://") + comment->uniqueID()), Range{0, 3});
+    text.addAttribute(LinkAttributeName, QStringLiteral("QUILLCMT://") + comment->uniqueID(), Range{4, 3});
+    loadCommentsFromDictionary(text, XQCommentsByID{{comment->uniqueID(), comment}});
+    Range range;
+    EXPECT_EQ(commentFromVariant(text.attribute(XQCommentAttributeName, 0, &range)), comment);
+    EXPECT_EQ(range, (Range{0, 3}));
+    EXPECT_EQ(commentFromVariant(text.attribute(XQCommentAttributeName, 4)), comment);
+    EXPECT_FALSE(text.attribute(LinkAttributeName, 0).isValid());
+    EXPECT_FALSE(text.attribute(XQCommentAttributeName, 3).isValid());
+    // An exact match wins over one that differs in case.
+    const XQCommentPtr lower = XQComment::create(plainText(QStringLiteral("other")));
+    lower->setUniqueID(QStringLiteral("abc"));
+    const XQCommentPtr upper = XQComment::create(plainText(QStringLiteral("other")));
+    upper->setUniqueID(QStringLiteral("ABC"));
+    MutableAttributedString both(QStringLiteral("xy"));
+    both.addAttribute(LinkAttributeName, QStringLiteral("quillcmt://ABC"), Range{0, 1});
+    both.addAttribute(LinkAttributeName, QStringLiteral("quillcmt://abc"), Range{1, 1});
+    loadCommentsFromDictionary(both, XQCommentsByID{{QStringLiteral("abc"), lower}, {QStringLiteral("ABC"), upper}});
+    EXPECT_EQ(commentFromVariant(both.attribute(XQCommentAttributeName, 0)), upper);
+    EXPECT_EQ(commentFromVariant(both.attribute(XQCommentAttributeName, 1)), lower);
+
+    // A document link given as a QUrl with an upper-case identifier keeps what QUrl still holds: the
+    // host part comes lower-cased (QUrl lost its case), a path keeps its case, a non-ASCII host comes
+    // back as its Unicode name; a link held as text keeps everything, whatever the case of its scheme.
+    auto converted = [](const QVariant& link) {
+        MutableAttributedString one(QStringLiteral("x"));
+        one.addAttribute(LinkAttributeName, link, Range{0, 1});
+        convertQuilleryLinkURLsToDictionaries(one);
+        return documentIdentifierFromDictionary(one.attribute(LinkAttributeName, 0)).value_or(QStringLiteral("-"));
+    };
+    EXPECT_EQ(converted(QUrl(QStringLiteral("quilllnk://Chapter-One"))), QStringLiteral("chapter-one"));
+    EXPECT_EQ(converted(QUrl(QStringLiteral("quilllnk://Drafts/Chapter-One"))), QStringLiteral("drafts/Chapter-One"));
+    EXPECT_EQ(converted(QUrl(QStringLiteral("quilllnk://\u00DCber"))), QStringLiteral("\u00FCber"));
+    EXPECT_EQ(converted(QStringLiteral("quilllnk://Chapter-One")), QStringLiteral("Chapter-One"));
+    EXPECT_EQ(converted(QStringLiteral("QuillLnk://Chapter-One")), QStringLiteral("Chapter-One"));
+    // What QUrl has lost entirely: an identifier that is no host name leaves an empty, invalid QUrl.
+    EXPECT_EQ(converted(QUrl(QStringLiteral("quilllnk://Chapter One"))), QStringLiteral("-"));
+    EXPECT_EQ(commentIDFromLink(QUrl(QStringLiteral("quillcmt://ABC-1"))),
+              std::optional<QString>(QStringLiteral("abc-1")));
+    EXPECT_EQ(documentIdentifierFromLink(QUrl(QStringLiteral("https://example.com/"))), std::nullopt);
 }

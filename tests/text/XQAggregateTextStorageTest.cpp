@@ -365,3 +365,38 @@ TEST(XQAggregateTextStorage, CommentsAcrossComponents)
     EXPECT_EQ(agg.attributedSubstring(agg.textRanges()[0]), f.a->attributedString());
     EXPECT_TRUE(commentLinksConsistent(agg.attributedSubstring(agg.textRanges()[2])));
 }
+
+TEST(XQAggregateTextStorage, CheckInvariantsNamesWhatIsWrong)
+{
+    Fixture f;
+    XQAggregateTextStorage& agg = f.aggregate;
+    QString failure;
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+    agg.setShowsTitles(false);
+    agg.setPageBreakBefore(false, 1);
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+    // A separator edit that changes the length gets past the storage (the editor's editability test
+    // refuses it): the ranges no longer tile the text, and the check says so.
+    agg.replaceCharacters(Range{agg.textRanges()[0].end(), 1}, QStringLiteral("##"));
+    EXPECT_FALSE(agg.checkInvariants(&failure));
+    EXPECT_FALSE(failure.isEmpty());
+}
+
+TEST(XQAggregateTextStorage, MirrorsABatchWhoseDeletionSwallowsAnEarlierEdit)
+{
+    auto a = storage(QStringLiteral("hello world")), b = storage(QStringLiteral("next"));
+    XQAggregateTextStorage agg;
+    agg.setComponents({{QStringLiteral("A"), a, false}, {QStringLiteral("B"), b, false}});
+    a->beginEditing();
+    a->addAttribute(UnderlineStyleAttributeName, 1, Range{8, 1});
+    a->replaceCharacters(Range{5, 6}, QString());
+    a->endEditing();
+    EXPECT_EQ(a->string(), QStringLiteral("hello"));
+    EXPECT_EQ(agg.string(), QStringLiteral("A\nhello\n\nB\nnext"));
+    QString failure;
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+    // Later edits still land in the right place.
+    agg.replaceCharacters(Range{agg.textRanges()[1].location, 0}, QStringLiteral("the "));
+    EXPECT_EQ(b->string(), QStringLiteral("the next"));
+    EXPECT_TRUE(agg.checkInvariants(&failure)) << failure.toStdString();
+}

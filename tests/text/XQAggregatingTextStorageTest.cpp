@@ -159,3 +159,64 @@ TEST(XQAggregatingTextStorage, SeparatorsAndComponentChanges)
     fixed.replaceCharacters(Range{0, 5}, QString());
     EXPECT_EQ(fixed.string(), QStringLiteral("given"));
 }
+
+TEST(XQAggregatingTextStorage, CheckInvariantsNamesWhatIsWrong)
+{
+    auto a = storage(QStringLiteral("one two")), b = storage(QStringLiteral("three"));
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents({a, b});
+    QString failure;
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    // A component in the middle of its own batch differs from its slice until the batch ends.
+    a->beginEditing();
+    a->replaceCharacters(Range{0, 0}, QStringLiteral("zero "));
+    EXPECT_FALSE(joined.checkInvariants(&failure));
+    EXPECT_FALSE(failure.isEmpty());
+    a->endEditing();
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    EXPECT_EQ(joined.string(), QStringLiteral("zero one two\nthree"));
+}
+
+TEST(XQAggregatingTextStorage, AStorageShownTwiceStaysEqualToBothSlices)
+{
+    auto a = storage(QStringLiteral("same text")), b = storage(QStringLiteral("other"));
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents({a, b, a});
+    QString failure;
+    // Typed into one place, the edit reaches the other place through the storage.
+    joined.replaceCharacters(Range{4, 0}, QStringLiteral(" old"));
+    EXPECT_EQ(a->string(), QStringLiteral("same old text"));
+    EXPECT_EQ(joined.string(), QStringLiteral("same old text\nother\nsame old text"));
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    joined.replaceCharacters(Range{joined.textRanges()[2].location, 5}, QString());
+    EXPECT_EQ(joined.string(), QStringLiteral("old text\nother\nold text"));
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    // Edited directly, it shows up in both places.
+    a->replaceCharacters(Range{0, 0}, QStringLiteral("the "));
+    EXPECT_EQ(joined.string(), QStringLiteral("the old text\nother\nthe old text"));
+    EXPECT_EQ(joined.wordCount(), 7);
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    // Removing one place keeps the other one heard.
+    joined.removeTextStorageComponentAtIndex(0);
+    a->replaceCharacters(Range{0, 4}, QString());
+    EXPECT_EQ(joined.string(), QStringLiteral("other\nold text"));
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+}
+
+TEST(XQAggregatingTextStorage, MirrorsABatchWhoseDeletionSwallowsAnEarlierEdit)
+{
+    auto a = storage(QStringLiteral("hello world")), b = storage(QStringLiteral("next"));
+    XQAggregatingTextStorage joined;
+    joined.setTextStorageComponents({a, b});
+    a->beginEditing();
+    a->addAttribute(UnderlineStyleAttributeName, 1, Range{8, 1});
+    a->replaceCharacters(Range{5, 6}, QString());
+    a->endEditing();
+    EXPECT_EQ(a->string(), QStringLiteral("hello"));
+    EXPECT_EQ(joined.string(), QStringLiteral("hello\nnext"));
+    QString failure;
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+    joined.replaceCharacters(Range{joined.textRanges()[1].location, 0}, QStringLiteral("the "));
+    EXPECT_EQ(b->string(), QStringLiteral("the next"));
+    EXPECT_TRUE(joined.checkInvariants(&failure)) << failure.toStdString();
+}

@@ -1,6 +1,7 @@
 #include <qlyappkit/text/storages/XQTextStorage.h>
 
 #include <QUrl>
+#include <iostream>
 
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/storages/XQWordCountingTextStorage.h>
@@ -335,4 +336,67 @@ TEST(XQTextStorage, RandomEditingKeepsCountsAndCommentsRight)
     }
     EXPECT_EQ(initialWords + stats.words, storage.wordCount());
     EXPECT_EQ(initialLength + stats.characters, storage.length());
+}
+
+TEST(XQWordCountingTextStorage, AnEditJustOutsideAWordStillCountsRight)
+{
+    XQWordCountingTextStorage storage(QStringLiteral("\u0301\u0629"));
+    EXPECT_EQ(storage.wordCount(), 2);
+    // "Z" takes the combining mark, and the mark no longer stands apart from the letter after it.
+    storage.replaceCharacters(Range{0, 0}, QStringLiteral("Z"));
+    EXPECT_EQ(fullWordCount(storage.attributedString()), 1);
+    EXPECT_EQ(storage.wordCount(), 1);
+}
+
+namespace {
+
+/// Text that exercises word boundaries at an edit's edges: combining marks, surrogate pairs (regional
+/// indicators, emoji with modifiers and ZWJ, mathematical letters), CR LF, numbers with full stops.
+QString trickySnippet(QRandomGenerator& rng, int maxPieces)
+{
+    static const QStringList pieces{
+        QStringLiteral("a"),          QStringLiteral("word"),       QStringLiteral(" "),
+        QStringLiteral("\u0301"),     QStringLiteral("\u0629"),     QStringLiteral("\U0001F1EB"),
+        QStringLiteral("\U0001F1F7"), QStringLiteral("\u200D"),     QStringLiteral("\U0001F469"),
+        QStringLiteral("\U0001F3FD"), QStringLiteral("\U0001D400"), QStringLiteral("\r\n"),
+        QStringLiteral("\r"),         QStringLiteral("\n"),         QStringLiteral("."),
+        QStringLiteral("3"),          QStringLiteral("'"),          QStringLiteral("-"),
+        QStringLiteral("\u30AB"),     QStringLiteral("Z")};
+    QString s;
+    const int n = 1 + int(rng.bounded(maxPieces));
+    for (int i = 0; i < n; ++i)
+        s += pieces.at(int(rng.bounded(int(pieces.size()))));
+    return s;
+}
+
+} // namespace
+
+TEST(XQWordCountingTextStorage, RunningCountEqualsFullRecountAfterEveryEdit)
+{
+    LeafCapacityGuard tinyLeaves(16);
+    QRandomGenerator rng(909);
+    XQTextStorage storage(trickySnippet(rng, 40));
+    int checks = 0;
+    for (int step = 0; step < 4000; ++step) {
+        const qsizetype n = storage.length();
+        if (n > 400)
+            storage.replaceCharacters(Range{0, n / 2}, QString());
+        const qsizetype at = qsizetype(rng.bounded(int(storage.length() + 1)));
+        const qsizetype len = std::min<qsizetype>(storage.length() - at, rng.bounded(rng.bounded(4) ? 3 : 12));
+        // Surrogate pairs are usually kept whole, as an editor does, but not always.
+        Range r{at, len};
+        const QString s = storage.string();
+        if (rng.bounded(8)) {
+            if (r.location > 0 && r.location < s.size() && s[r.location].isLowSurrogate())
+                --r.location, ++r.length;
+            if (r.end() > 0 && r.end() < s.size() && s[r.end()].isLowSurrogate())
+                ++r.length;
+        }
+        storage.replaceCharacters(r, rng.bounded(4) ? trickySnippet(rng, 3) : QString());
+        ++checks;
+        ASSERT_EQ(storage.wordCount(), fullWordCount(storage.attributedString()))
+            << "step " << step << " after replacing " << r.location << "+" << r.length << ": \""
+            << storage.string().toStdString() << "\"";
+    }
+    std::cout << "[ CHECKS   ] " << checks << " running counts checked" << std::endl;
 }

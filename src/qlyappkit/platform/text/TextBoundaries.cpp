@@ -1,6 +1,9 @@
 // Paragraph, line and word boundaries of an AttributedString. Word boundaries follow Unicode's
-// word-boundary rules (QTextBoundaryFinder) inside a small window around the index, widened until
-// the answer does not depend on where the window was cut, so no call reads the whole text.
+// word-boundary rules (QTextBoundaryFinder) inside a window around the index. A window runs between two
+// independent word boundaries (WordCounting.h), where the rules look across nothing, so its segments
+// are exactly the whole text's: the answer never depends on where the window starts (a run of
+// regional indicators, a combining sequence or a ZWJ emoji sequence is never entered mid-way), and
+// no call reads more than the stretch between the nearest such boundaries.
 #include <qlyappkit/platform/text/AttributedString.h>
 
 #include <QTextBoundaryFinder>
@@ -8,45 +11,29 @@
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
 #include <qlyappkit/platform/text/ParagraphRanges.h>
+#include <qlyappkit/platform/text/WordCounting.h>
 
 namespace qly {
 
 namespace {
 
-/// Word-boundary segments of a window of the text. A window edge that is not the text's edge or a
-/// line break is artificial: segments touching it may be cut wrongly, so callers widen the window.
+/// Word-boundary segments of the text between two independent word boundaries.
 struct WordWindow {
     qsizetype start = 0; ///< window start in the text
     QString text;
     std::vector<qsizetype> boundaries; ///< local offsets, ascending, including 0 and text.size()
-    bool startIsReal = true;
-    bool endIsReal = true;
 
     WordWindow(const AttributedString& s, qsizetype from, qsizetype to)
+        : start(from), text(s.substring(Range{from, to - from}))
     {
-        const qsizetype n = s.length();
-        from = std::max<qsizetype>(from, 0);
-        to = std::min(to, n);
-        start = from;
-        text = s.substring(Range{from, to - from});
-        startIsReal = from == 0 || isLineTerminator(s.characterAt(from - 1));
-        endIsReal = to == n || isLineTerminator(s.characterAt(to));
-        QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
         boundaries.push_back(0);
+        if (text.isEmpty())
+            return;
+        QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
         for (qsizetype b = finder.toNextBoundary(); b > 0; b = finder.toNextBoundary())
             boundaries.push_back(b);
         if (boundaries.back() != text.size())
             boundaries.push_back(text.size());
-    }
-    /// A boundary at local offset b can be trusted (it is far enough from an artificial edge).
-    bool trusted(qsizetype b) const
-    {
-        constexpr qsizetype Margin = 4;
-        if (!startIsReal && b < Margin)
-            return false;
-        if (!endIsReal && b > text.size() - Margin)
-            return false;
-        return true;
     }
     /// Index in boundaries of the segment holding local offset i (i < text.size()).
     size_t segmentIndex(qsizetype i) const
@@ -60,7 +47,8 @@ struct WordWindow {
     }
 };
 
-constexpr qsizetype InitialRadius = 64;
+/// How far past the index the first window of a word search reaches (doubled while no word is found).
+constexpr qsizetype InitialReach = 64;
 
 } // namespace
 
@@ -74,14 +62,11 @@ Range AttributedString::doubleClickAtIndex(qsizetype index) const
     if (n == 0)
         return Range{0, 0};
     index = std::clamp<qsizetype>(index, 0, n - 1);
-    for (qsizetype radius = InitialRadius;; radius *= 2) {
-        WordWindow w(*this, index - radius, index + radius + 1);
-        const size_t seg = w.segmentIndex(index - w.start);
-        const qsizetype s = w.boundaries[seg], e = w.boundaries[seg + 1];
-        const bool wholeText = w.startIsReal && w.endIsReal;
-        if (wholeText || (w.trusted(s) && w.trusted(e)) || radius > n)
-            return Range{w.start + s, e - s};
-    }
+    const WordWindow w(*this, independentWordBoundaryAtOrBefore(*this, index),
+                       independentWordBoundaryAtOrAfter(*this, index + 1));
+    const size_t seg = w.segmentIndex(index - w.start);
+    const qsizetype s = w.boundaries[seg], e = w.boundaries[seg + 1];
+    return Range{w.start + s, e - s};
 }
 
 qsizetype AttributedString::nextWordFromIndex(qsizetype index, bool forward) const
@@ -91,44 +76,34 @@ qsizetype AttributedString::nextWordFromIndex(qsizetype index, bool forward) con
         if (index >= n)
             return n;
         index = std::max<qsizetype>(index, 0);
-        for (qsizetype radius = InitialRadius;; radius *= 2) {
-            WordWindow w(*this, index - InitialRadius, index + radius);
-            bool widen = false;
-            for (size_t seg = w.segmentIndex(index - w.start); seg + 1 < w.boundaries.size(); ++seg) {
-                const qsizetype e = w.boundaries[seg + 1];
-                // Only the end matters going forward: the segment may begin before the window.
-                if (!w.trusted(e)) {
-                    if (radius <= n) {
-                        widen = true;
-                        break;
-                    }
-                }
+        qsizetype from = independentWordBoundaryAtOrBefore(*this, index);
+        for (qsizetype reach = InitialReach;; reach *= 2) {
+            const qsizetype to = independentWordBoundaryAtOrAfter(*this, std::min(n, index + reach));
+            const WordWindow w(*this, from, to);
+            for (size_t seg = w.segmentIndex(index - from); seg + 1 < w.boundaries.size(); ++seg) {
                 if (w.segmentIsWord(seg))
-                    return w.start + e;
+                    return from + w.boundaries[seg + 1];
             }
-            if (!widen && (w.endIsReal || radius > n))
-                return w.start + w.text.size();
+            if (to == n)
+                return n;
+            // No word before the window's end: go on from there (a window may start at it).
+            from = index = to;
         }
     }
     if (index <= 0)
         return 0;
     index = std::min(index, n);
-    for (qsizetype radius = InitialRadius;; radius *= 2) {
-        WordWindow w(*this, index - radius, index + InitialRadius);
-        bool widen = false;
-        for (size_t seg = w.segmentIndex(index - 1 - w.start) + 1; seg-- > 0;) {
-            const qsizetype s = w.boundaries[seg];
-            if (!w.trusted(s)) {
-                if (radius <= n) {
-                    widen = true;
-                    break;
-                }
-            }
+    qsizetype to = independentWordBoundaryAtOrAfter(*this, index);
+    for (qsizetype reach = InitialReach;; reach *= 2) {
+        const qsizetype from = independentWordBoundaryAtOrBefore(*this, std::max<qsizetype>(index - reach, 0));
+        const WordWindow w(*this, from, to);
+        for (size_t seg = w.segmentIndex(index - 1 - from) + 1; seg-- > 0;) {
             if (w.segmentIsWord(seg))
-                return w.start + s;
+                return from + w.boundaries[seg];
         }
-        if (!widen && (w.startIsReal || radius > n))
-            return w.start;
+        if (from == 0)
+            return 0;
+        to = index = from;
     }
 }
 

@@ -41,22 +41,26 @@ void TextStorage::endEditing()
 
 void TextStorage::edited(int mask, Range range, qsizetype delta)
 {
-    // The edited range is kept in post-edit coordinates: an earlier edited range after this edit
-    // moves by delta, and the union covers both.
+    // The edited range is kept in post-edit coordinates. This edit replaced range (pre-edit) by
+    // range.length + delta units, now standing at `now`. Each end of the earlier edited range is
+    // carried through it: an end before the edit stays, one after it moves by delta, and one inside
+    // the replaced stretch (whose characters are gone) lands on `now`. The union of the carried range
+    // and `now` covers both edits and lies inside the new text.
     const Range now{range.location, std::max<qsizetype>(range.length + delta, 0)};
     if (m_editedMask == 0) {
         m_editedRange = now;
         m_changeInLength = delta;
     } else {
-        Range previous = m_editedRange;
-        if (previous.location >= range.end())
-            previous.location += delta;
-        else if (previous.end() >= range.end())
-            previous.length += delta;
-        else if (previous.end() > range.location)
-            previous.length = std::max<qsizetype>(range.location - previous.location, 0);
-        previous.length = std::max<qsizetype>(previous.length, 0);
-        m_editedRange = unionRange(previous, now);
+        auto carry = [&](qsizetype position, qsizetype inside) {
+            if (position <= range.location)
+                return position;
+            if (position >= range.end())
+                return position + delta;
+            return inside;
+        };
+        const qsizetype start = carry(m_editedRange.location, now.location);
+        const qsizetype end = std::max(start, carry(m_editedRange.end(), now.end()));
+        m_editedRange = unionRange(Range::fromBounds(start, end), now);
         m_changeInLength += delta;
     }
     m_editedMask |= mask;
@@ -95,6 +99,11 @@ void TextStorage::addObserver(TextStorageObserver* observer)
 void TextStorage::removeObserver(TextStorageObserver* observer)
 {
     m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), observer), m_observers.end());
+}
+
+bool TextStorage::hasObserver(const TextStorageObserver* observer) const
+{
+    return std::find(m_observers.begin(), m_observers.end(), observer) != m_observers.end();
 }
 
 } // namespace qly

@@ -48,6 +48,8 @@ public:
     /// Repairs attributes after an edit (the base does nothing); subclasses extend it.
     virtual void fixAttributesInRange(Range range);
 
+    /// The batch's edits so far in post-edit coordinates: inside the text, covering every character
+    /// whose characters or attributes changed and every place where characters were deleted.
     Range editedRange() const { return m_editedRange; }
     qsizetype changeInLength() const { return m_changeInLength; }
     int editedMask() const { return m_editedMask; }
@@ -55,6 +57,7 @@ public:
 
     void addObserver(TextStorageObserver* observer);
     void removeObserver(TextStorageObserver* observer);
+    bool hasObserver(const TextStorageObserver* observer) const;
 
 private:
     int m_editingDepth = 0;

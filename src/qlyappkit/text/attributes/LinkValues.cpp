@@ -8,13 +8,38 @@
 namespace qly {
 
 namespace {
+
+/// What follows "scheme://" in a QUrl of that scheme, as near to how it was written as QUrl allows:
+/// the host as a Unicode name, the rest decoded.
+std::optional<QString> identifierOfUrl(const QUrl& url, const QString& scheme)
+{
+    const QString schemeName = scheme.left(scheme.indexOf(u':'));
+    if (!url.isValid() || url.scheme().compare(schemeName, Qt::CaseInsensitive) != 0)
+        return std::nullopt;
+    QString text = url.toString(QUrl::PrettyDecoded | QUrl::RemoveScheme);
+    if (text.startsWith(QStringLiteral("//")))
+        text.remove(0, 2);
+    const QString aceHost = url.host(QUrl::FullyEncoded);
+    const QString host = QUrl::fromAce(aceHost.toLatin1(), QUrl::IgnoreIDNWhitelist);
+    if (host != aceHost && text.startsWith(aceHost))
+        text.replace(0, aceHost.size(), host);
+    if (text.isEmpty())
+        return std::nullopt;
+    return text;
+}
+
 std::optional<QString> identifierAfterScheme(const QVariant& link, const QString& scheme)
 {
-    const std::optional<QString> text = linkString(link);
-    if (!text || !text->startsWith(scheme))
+    if (link.typeId() == QMetaType::QUrl)
+        return identifierOfUrl(link.toUrl(), scheme);
+    if (link.typeId() != QMetaType::QString)
         return std::nullopt;
-    return text->mid(XQLinkSchemePrefixLength);
+    const QString text = link.toString();
+    if (!text.startsWith(scheme, Qt::CaseInsensitive))
+        return std::nullopt;
+    return text.mid(XQLinkSchemePrefixLength);
 }
+
 } // namespace
 
 std::optional<QString> linkString(const QVariant& link)

@@ -1,6 +1,8 @@
 #include <qlyappkit/text/comments/CommentedText.h>
 
 #include <QStringList>
+#include <optional>
+#include <utility>
 
 #include <qlyappkit/platform/strings/StringSearch.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
@@ -129,6 +131,24 @@ void convertQuilleryLinkURLsToDictionaries(MutableAttributedString& text)
 
 void loadCommentsFromDictionary(MutableAttributedString& text, const XQCommentsByID& comments)
 {
+    // IDs are matched exactly first, then without regard to case (a link held as a QUrl comes
+    // lower-cased); among IDs that differ only in case, the one first in sorted order wins.
+    std::optional<QHash<QString, XQCommentPtr>> folded;
+    auto commentWithID = [&](const QString& uniqueID) -> XQCommentPtr {
+        if (const XQCommentPtr exact = comments.value(uniqueID))
+            return exact;
+        if (!folded) {
+            folded.emplace();
+            QStringList ids = comments.keys();
+            ids.sort();
+            for (const QString& id : std::as_const(ids)) {
+                const QString key = id.toCaseFolded();
+                if (!folded->contains(key))
+                    folded->insert(key, comments.value(id));
+            }
+        }
+        return folded->value(uniqueID.toCaseFolded());
+    };
     EditingBatch batch(text);
     const AttributedString snapshot = text.attributedString();
     snapshot.enumerateAttribute(LinkAttributeName, Range{0, snapshot.length()}, [&](const QVariant& link, Range run) {
@@ -136,8 +156,7 @@ void loadCommentsFromDictionary(MutableAttributedString& text, const XQCommentsB
         if (!uniqueID)
             return true;
         text.removeAttribute(LinkAttributeName, run);
-        const XQCommentPtr comment = comments.value(*uniqueID);
-        if (comment)
+        if (const XQCommentPtr comment = commentWithID(*uniqueID))
             text.addAttribute(XQCommentAttributeName, variantFromComment(comment), run);
         return true;
     });

@@ -35,14 +35,16 @@ QString allCommentsAsString(const AttributedString& text);
 AttributedString attributedStringBySavingCommentAndQuilleryLinkIDsAsLinkAttributes(const AttributedString& text,
                                                                                    bool includeComments);
 /// Turns every "quilllnk://" link back into a document link dictionary, in one editing batch; other
-/// links stay.
+/// links stay. The identifier keeps its case from a link held as text; for one held as a QUrl see
+/// LinkValues.h for what QUrl has already lost.
 void convertQuilleryLinkURLsToDictionaries(MutableAttributedString& text);
 
 /// Comments by unique ID.
 using XQCommentsByID = QHash<QString, XQCommentPtr>;
 
 /// Turns every comment link of text into the comment attribute of the comment with that ID, in one
-/// editing batch; links to unknown IDs are dropped, other links stay.
+/// editing batch; links to unknown IDs are dropped, other links stay. IDs match exactly, or else
+/// without regard to case: a comment link held as a QUrl comes lower-cased (LinkValues.h).
 void loadCommentsFromDictionary(MutableAttributedString& text, const XQCommentsByID& comments);
 
 } // namespace qly

@@ -14,7 +14,7 @@
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
-#include <qlyappkit/text/storages/StorageSupport_p.h>
+#include <qlyappkit/text/storages/ComponentCore_p.h>
 #include <qlyappkit/text/storages/XQAggregateTextStorageComponent.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
 
@@ -36,13 +36,14 @@ XQAggregateTextStorageComponent* membership(const XQTextComponent& component)
     return dynamic_cast<XQAggregateTextStorageComponent*>(component.text.get());
 }
 
+using Part = storage_detail::ComponentCoreBase::Part;
+
 } // namespace
 
+static TextStorage* storageOf(const XQTextComponent& component) { return component.text.get(); }
+
 XQAggregateTextStorage::XQAggregateTextStorage()
-    : m_observer(std::make_unique<storage_detail::EditForwardingObserver>(
-        [this](TextStorage& component, int mask, Range range, qsizetype delta) {
-            componentEdited(component, mask, range, delta);
-        })),
+    : m_core(std::make_unique<storage_detail::ComponentCore<XQTextComponent>>(*this, m_backing)),
       m_timerContext(std::make_unique<QObject>())
 {
     ParagraphStyle centred;
@@ -57,19 +58,33 @@ XQAggregateTextStorage::~XQAggregateTextStorage() { stopObservingComponents(); }
 
 // ---------------------------------------------------------------- components
 
+const std::vector<XQTextComponent>& XQAggregateTextStorage::components() const { return m_core->components(); }
+
+qsizetype XQAggregateTextStorage::numberOfComponents() const { return m_core->count(); }
+
+const std::vector<Range>& XQAggregateTextStorage::componentRanges() const { return m_core->componentRanges(); }
+
+const std::vector<Range>& XQAggregateTextStorage::textRanges() const { return m_core->textRanges(); }
+
+const std::vector<Range>& XQAggregateTextStorage::titleRanges() const { return m_core->headRanges(); }
+
+bool XQAggregateTextStorage::isChangeInstigatedBySelf() const { return m_core->isForwarding(); }
+
+bool XQAggregateTextStorage::isChangeInstigatedByComponent() const { return m_core->isMirroring(); }
+
 void XQAggregateTextStorage::stopObservingComponents()
 {
     m_commentsObserver.reset();
-    for (const XQTextComponent& component : m_components) {
-        component.text->removeObserver(m_observer.get());
+    for (const XQTextComponent& component : m_core->components()) {
         if (auto* member = membership(component))
             member->removeFromAggregateTextStorage();
     }
+    m_core->stopObservingAll();
 }
 
 void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& components)
 {
-    if (components == m_components)
+    if (components == m_core->components())
         return;
     // A bad array is refused before anything changes.
     for (const XQTextComponent& component : components) {
@@ -79,17 +94,13 @@ void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& c
             throw NamedException(InvalidComponentName, InvalidComponentReason);
     }
     stopObservingComponents();
-    m_componentRanges.clear();
-    m_textRanges.clear();
-    m_titleRanges.clear();
-    m_counters.clear();
 
     EditingBatch batch(*this);
     const qsizetype oldLength = m_backing.length();
     if (components.empty()) {
         m_backing = AttributedString();
         edited(EditedCharacters | EditedAttributes, Range{0, oldLength}, -oldLength);
-        m_components.clear();
+        updateRanges();
         m_wordCount = 0;
         m_componentsHaveComments = false;
         m_comments.clear();
@@ -98,29 +109,23 @@ void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& c
         return;
     }
 
-    m_components = components; // the title attributes below read the components' colours
+    // The core observes the new components; the title attributes below read their colours.
+    m_core->setComponents(components);
     m_componentsHaveComments = true;
     MutableAttributedString built;
     const qsizetype n = qsizetype(components.size());
     for (qsizetype i = 0; i < n; ++i) {
         const XQTextComponent& component = components[size_t(i)];
         membership(component)->addToAggregateTextStorage();
-        const qsizetype start = built.length();
         if (m_showsTitles) {
-            m_titleRanges.push_back(Range{start, component.title.size()});
             built.append(AttributedString(component.title, titleAttributesForComponent(i)));
             built.append(AttributedString(QStringLiteral("\n"), titleNewlineAttributesForComponent(i)));
         }
-        m_textRanges.push_back(Range{built.length(), component.text->length()});
         built.append(component.text->attributedString());
         if (i + 1 < n)
             insertSeparatorWithPageBreak(components[size_t(i + 1)].pageBreakBefore, Range{built.length(), 0}, built);
-        m_componentRanges.push_back(Range::fromBounds(start, built.length()));
-
-        m_counters.push_back(dynamic_cast<const XQWordCountingTextStorage*>(component.text.get()));
         if (!dynamic_cast<const XQCommentedTextStorageMethods*>(component.text.get()))
             m_componentsHaveComments = false;
-        component.text->addObserver(m_observer.get());
     }
     // One observation for all components (the notification centre compares every observation on
     // every post, and components post on every keystroke).
@@ -138,62 +143,34 @@ void XQAggregateTextStorage::setComponents(const std::vector<XQTextComponent>& c
 std::vector<std::shared_ptr<TextStorage>> XQAggregateTextStorage::componentTextStorages() const
 {
     std::vector<std::shared_ptr<TextStorage>> out;
-    out.reserve(m_components.size());
-    for (const XQTextComponent& component : m_components)
+    out.reserve(m_core->components().size());
+    for (const XQTextComponent& component : m_core->components())
         out.push_back(component.text);
     return out;
 }
 
 void XQAggregateTextStorage::updateRanges()
 {
-    const size_t n = m_components.size();
-    m_componentRanges.resize(n);
-    m_textRanges.resize(n);
-    m_titleRanges.resize(m_showsTitles ? n : 0);
-    m_componentWords.resize(n);
-    qsizetype pos = 0, total = 0;
-    bool allCount = true;
-    for (size_t i = 0; i < n; ++i) {
-        const qsizetype start = pos;
-        if (m_showsTitles) {
-            m_titleRanges[i] = Range{pos, m_components[i].title.size()};
-            pos += m_titleRanges[i].length + 1;
-        }
-        m_textRanges[i] = Range{pos, m_components[i].text->length()};
-        pos += m_textRanges[i].length;
-        if (i + 1 < n)
-            pos += separatorLengthBefore(qsizetype(i + 1));
-        m_componentRanges[i] = Range::fromBounds(start, pos);
-        m_componentWords[i] = m_counters[i] ? m_counters[i]->wordCount() : 0;
-        total += m_componentWords[i];
-        allCount = allCount && m_counters[i];
-    }
-    m_allComponentsCount = allCount;
-    m_wordCount = allCount ? total : 0;
+    const qsizetype n = numberOfComponents();
+    m_core->relayout(
+        [this, n](qsizetype i) {
+            storage_detail::ComponentParts parts;
+            if (m_showsTitles) {
+                parts.head = m_core->component(i).title.size();
+                parts.headGap = 1;
+            }
+            if (i + 1 < n)
+                parts.tail = separatorLengthBefore(i + 1);
+            return parts;
+        },
+        m_showsTitles);
+    m_wordCount = m_core->wordTotal();
 }
 
 void XQAggregateTextStorage::shiftRanges(qsizetype index, int element, qsizetype delta)
 {
-    const size_t k = size_t(index);
-    m_componentRanges[k].length += delta;
-    if (element == TitleElement) {
-        m_titleRanges[k].length += delta;
-        m_textRanges[k].location += delta;
-    } else {
-        m_textRanges[k].length += delta;
-    }
-    for (size_t j = k + 1; j < m_components.size(); ++j) {
-        m_componentRanges[j].location += delta;
-        m_textRanges[j].location += delta;
-        if (m_showsTitles)
-            m_titleRanges[j].location += delta;
-    }
-    if (element == TextElement && m_counters[k]) {
-        const qsizetype words = m_counters[k]->wordCount();
-        if (m_allComponentsCount)
-            m_wordCount += words - m_componentWords[k];
-        m_componentWords[k] = words;
-    }
+    m_core->shift(index, element == TitleElement ? Part::Head : Part::Text, delta);
+    m_wordCount = m_core->wordTotal();
 }
 
 void XQAggregateTextStorage::postStatistics()
@@ -209,13 +186,6 @@ qsizetype XQAggregateTextStorage::wordCountForRange(Range range) const
 
 // ---------------------------------------------------------------- locating
 
-qsizetype XQAggregateTextStorage::firstRangeEndingAfter(const std::vector<Range>& ranges, qsizetype location)
-{
-    auto it = std::upper_bound(ranges.begin(), ranges.end(), location,
-                               [](qsizetype loc, const Range& r) { return loc < r.end(); });
-    return qsizetype(it - ranges.begin());
-}
-
 qsizetype XQAggregateTextStorage::indexOfComponentContainingRange(Range range, int* element) const
 {
     if (element)
@@ -224,20 +194,21 @@ qsizetype XQAggregateTextStorage::indexOfComponentContainingRange(Range range, i
     if (range.location < 0 || range.length < 0 || n == 0)
         return NotFound;
     // Component ranges are contiguous: the first one reaching the range's end is the only candidate.
-    auto it = std::lower_bound(m_componentRanges.begin(), m_componentRanges.end(), range.end(),
+    const std::vector<Range>& components = componentRanges();
+    auto it = std::lower_bound(components.begin(), components.end(), range.end(),
                                [](const Range& r, qsizetype end) { return r.end() < end; });
-    if (it == m_componentRanges.end())
+    if (it == components.end())
         return NotFound;
-    qsizetype index = qsizetype(it - m_componentRanges.begin());
+    qsizetype index = qsizetype(it - components.begin());
     if (range.length == 0 && range.location == it->end() && index + 1 < n)
         ++index;
-    const Range component = m_componentRanges[size_t(index)];
+    const Range component = components[size_t(index)];
     if (!contains(component, range))
         return NotFound;
     if (element) {
-        if (contains(m_textRanges[size_t(index)], range))
+        if (contains(textRanges()[size_t(index)], range))
             *element = TextElement;
-        else if (m_showsTitles && contains(m_titleRanges[size_t(index)], range))
+        else if (m_showsTitles && contains(titleRanges()[size_t(index)], range))
             *element = TitleElement;
     }
     return index;
@@ -245,58 +216,55 @@ qsizetype XQAggregateTextStorage::indexOfComponentContainingRange(Range range, i
 
 Range XQAggregateTextStorage::rangeOfEntireComponentAtIndex(qsizetype index) const
 {
-    return index >= 0 && index < numberOfComponents() ? m_componentRanges[size_t(index)] : Range::notFound();
+    return index >= 0 && index < numberOfComponents() ? componentRanges()[size_t(index)] : Range::notFound();
 }
 
 Range XQAggregateTextStorage::rangeOfTitleForComponentAtIndex(qsizetype index) const
 {
-    return m_showsTitles && index >= 0 && index < numberOfComponents() ? m_titleRanges[size_t(index)]
+    return m_showsTitles && index >= 0 && index < numberOfComponents() ? titleRanges()[size_t(index)]
                                                                        : Range::notFound();
 }
 
 Range XQAggregateTextStorage::rangeOfTextStorageForComponentAtIndex(qsizetype index) const
 {
-    return index >= 0 && index < numberOfComponents() ? m_textRanges[size_t(index)] : Range::notFound();
+    return index >= 0 && index < numberOfComponents() ? textRanges()[size_t(index)] : Range::notFound();
 }
 
 qsizetype XQAggregateTextStorage::indexOfComponent(const XQTextComponent& component) const
 {
-    auto it = std::find(m_components.begin(), m_components.end(), component);
-    return it == m_components.end() ? NotFound : qsizetype(it - m_components.begin());
+    const std::vector<XQTextComponent>& components = m_core->components();
+    auto it = std::find(components.begin(), components.end(), component);
+    return it == components.end() ? NotFound : qsizetype(it - components.begin());
 }
 
 qsizetype XQAggregateTextStorage::indexOfComponentContainingTextStorage(const TextStorage* storage) const
 {
-    for (size_t i = 0; i < m_components.size(); ++i) {
-        if (m_components[i].text.get() == storage)
-            return qsizetype(i);
-    }
-    return NotFound;
+    return m_core->indexOfStorage(storage);
 }
 
 std::shared_ptr<TextStorage> XQAggregateTextStorage::textStorageForComponentAtIndex(qsizetype index) const
 {
-    return index >= 0 && index < numberOfComponents() ? m_components[size_t(index)].text : nullptr;
+    return index >= 0 && index < numberOfComponents() ? m_core->component(index).text : nullptr;
 }
 
 std::shared_ptr<TextStorage> XQAggregateTextStorage::textStorageForRange(Range range) const
 {
     int element = SeparatorElement;
     const qsizetype index = indexOfComponentContainingRange(range, &element);
-    return index != NotFound && element == TextElement ? m_components[size_t(index)].text : nullptr;
+    return index != NotFound && element == TextElement ? m_core->component(index).text : nullptr;
 }
 
 std::vector<std::shared_ptr<TextStorage>>
 XQAggregateTextStorage::componentTextStoragesIntersectingRanges(const std::vector<Range>& ranges) const
 {
     std::vector<std::shared_ptr<TextStorage>> out;
-    for (size_t i = 0; i < m_components.size(); ++i) {
-        const Range text = m_textRanges[i];
+    for (qsizetype i = 0; i < numberOfComponents(); ++i) {
+        const Range text = textRanges()[size_t(i)];
         const bool meets = std::any_of(ranges.begin(), ranges.end(), [&](Range r) {
             return r.length == 0 ? contains(text, r) : intersectionRange(text, r).length > 0;
         });
         if (meets)
-            out.push_back(m_components[i].text);
+            out.push_back(m_core->component(i).text);
     }
     return out;
 }
@@ -305,7 +273,7 @@ std::vector<Range> XQAggregateTextStorage::rangesLimitedToTextRanges(const std::
 {
     std::vector<Range> out;
     for (const Range& r : ranges) {
-        for (const Range& text : m_textRanges) {
+        for (const Range& text : textRanges()) {
             if (r.length == 0 ? contains(text, r) : intersectionRange(text, r).length > 0) {
                 out.push_back(r.length == 0 ? r : intersectionRange(text, r));
                 if (r.length == 0)
@@ -346,45 +314,39 @@ void XQAggregateTextStorage::replaceCharacters(Range range, const QString& text)
     const qsizetype n = m_backing.length();
     range.location = std::clamp<qsizetype>(range.location, 0, n);
     range.length = std::clamp<qsizetype>(range.length, 0, n - range.location);
-    const bool routed = !m_isRebuildingTitles && !m_isUpdatingSeparator && !m_changeInstigatedByComponent;
+    const bool layingOut = isRebuildingTitles() || isUpdatingSeparator();
     int element = SeparatorElement;
-    const qsizetype index = routed ? indexOfComponentContainingRange(range, &element) : NotFound;
+    const qsizetype index =
+        !layingOut && !m_core->isMirroring() ? indexOfComponentContainingRange(range, &element) : NotFound;
 
     EditingBatch batch(*this);
     m_backing.replaceCharacters(range, text);
     const qsizetype delta = text.size() - range.length;
     edited(EditedCharacters, range, delta);
-    if (m_isRebuildingTitles || m_isUpdatingSeparator)
+    if (layingOut)
         return;
-    if (m_changeInstigatedByComponent) {
-        if (m_mirroredComponent != NotFound)
-            shiftRanges(m_mirroredComponent, TextElement, delta);
-        else
-            updateRanges();
+    if (m_core->isMirroring()) {
+        shiftRanges(m_core->mirroredIndex(), TextElement, delta);
         postStatistics();
         return;
     }
     if (index == NotFound || element == SeparatorElement)
         return;
     if (element == TitleElement) {
-        const Range title = m_titleRanges[size_t(index)];
-        m_components[size_t(index)].title = m_backing.substring(Range{title.location, title.length + delta});
-        if (!m_inTitleChange) {
+        const Range title = titleRanges()[size_t(index)];
+        m_core->component(index).title = m_backing.substring(Range{title.location, title.length + delta});
+        if (!isInTitleChange()) {
             scheduleTitleNotification(index);
             scheduleUndoInvalidation();
         }
     } else {
-        TextStorage& component = *m_components[size_t(index)].text;
-        m_changeInstigatedBySelf = true;
-        {
+        m_core->forward(index, range, [&](TextStorage& component, Range relative) {
             EditingBatch componentBatch(component);
-            component.replaceCharacters(Range{range.location - m_textRanges[size_t(index)].location, range.length},
-                                        text);
-        }
-        m_changeInstigatedBySelf = false;
+            component.replaceCharacters(relative, text);
+        });
     }
     shiftRanges(index, element, delta);
-    applyPendingSyncs();
+    m_core->applyPendingSyncs();
     postStatistics();
 }
 
@@ -392,9 +354,9 @@ void XQAggregateTextStorage::setAttributes(const Attributes& attributes, Range r
 {
     Attributes attrs = attributes;
     const bool separatorAttributes = attrs.contains(XQAggregatedSeparatorAttributeName);
-    if (!m_isUpdatingSeparator)
+    if (!isUpdatingSeparator())
         attrs.remove(XQAggregatedSeparatorAttributeName);
-    const bool routed = !m_isRebuildingTitles && !m_isUpdatingSeparator && !m_changeInstigatedByComponent;
+    const bool routed = !isRebuildingTitles() && !isUpdatingSeparator() && !m_core->isMirroring();
     if (routed && m_showsTitles) {
         int element = SeparatorElement;
         const qsizetype index = indexOfComponentContainingRange(range, &element);
@@ -411,66 +373,91 @@ void XQAggregateTextStorage::setAttributes(const Attributes& attributes, Range r
     if (!routed || separatorAttributes)
         return;
     // Every component text the range touches takes the same attributes over its part.
-    for (qsizetype i = firstRangeEndingAfter(m_textRanges, range.location);
-         i < numberOfComponents() && m_textRanges[size_t(i)].location < range.end(); ++i) {
-        const Range part = intersectionRange(m_textRanges[size_t(i)], range);
-        if (part.length <= 0)
-            continue;
-        m_changeInstigatedBySelf = true;
-        m_components[size_t(i)].text->setAttributes(
-            attrs, Range{part.location - m_textRanges[size_t(i)].location, part.length});
-        m_changeInstigatedBySelf = false;
+    const std::vector<Range>& texts = textRanges();
+    for (qsizetype i = storage_detail::ComponentCoreBase::firstRangeEndingAfter(texts, range.location);
+         i < numberOfComponents() && texts[size_t(i)].location < range.end(); ++i) {
+        const Range part = intersectionRange(texts[size_t(i)], range);
+        if (part.length > 0)
+            m_core->forward(i, part,
+                            [&](TextStorage& component, Range relative) { component.setAttributes(attrs, relative); });
     }
-    applyPendingSyncs();
-}
-
-void XQAggregateTextStorage::componentEdited(TextStorage& component, int mask, Range editedRange, qsizetype delta)
-{
-    if (m_changeInstigatedBySelf) {
-        // The component may have fixed attributes beyond what was passed on; copied back afterwards.
-        m_pendingSyncs.push_back(PendingSync{&component, editedRange});
-        return;
-    }
-    const qsizetype index = indexOfComponentContainingTextStorage(&component);
-    if (index == NotFound)
-        return;
-    const qsizetype start = m_textRanges[size_t(index)].location;
-    m_changeInstigatedByComponent = true;
-    m_mirroredComponent = index;
-    {
-        EditingBatch batch(*this);
-        if (mask & EditedCharacters) {
-            replaceCharacters(Range{start + editedRange.location, editedRange.length - delta},
-                              component.attributedSubstring(editedRange));
-        } else {
-            storage_detail::forEachDifferingRun(component, editedRange, m_backing, start,
-                                                [this](const Attributes& attrs, Range r) { setAttributes(attrs, r); });
-        }
-    }
-    m_changeInstigatedByComponent = false;
-    m_mirroredComponent = NotFound;
-}
-
-void XQAggregateTextStorage::applyPendingSyncs()
-{
-    const std::vector<PendingSync> pending = std::exchange(m_pendingSyncs, {});
-    for (const PendingSync& sync : pending) {
-        const qsizetype index = indexOfComponentContainingTextStorage(sync.component);
-        if (index == NotFound)
-            continue;
-        const Range range = intersectionRange(sync.range, Range{0, sync.component->length()});
-        storage_detail::forEachDifferingRun(*sync.component, range, m_backing, m_textRanges[size_t(index)].location,
-                                            [this](const Attributes& attrs, Range r) {
-                                                m_backing.setAttributes(attrs, r);
-                                                edited(EditedAttributes, r, 0);
-                                            });
-    }
+    m_core->applyPendingSyncs();
 }
 
 void XQAggregateTextStorage::fixAttributesInRange(Range range)
 {
     TextStorage::fixAttributesInRange(range);
     fixAggregatedTitlesAndSeparatorsInRange(range);
+}
+
+// ---------------------------------------------------------------- invariants
+
+bool XQAggregateTextStorage::checkInvariants(QString* failure) const
+{
+    if (!m_core->checkInvariants(failure))
+        return false;
+    auto fail = [failure](const QString& why) {
+        if (failure)
+            *failure = why;
+        return false;
+    };
+    if (isInTitleChange() || isRebuildingTitles() || isUpdatingSeparator())
+        return fail(QStringLiteral("a title or separator guard is still held"));
+    const qsizetype n = numberOfComponents();
+    if (m_core->keepsHeads() != m_showsTitles)
+        return fail(QStringLiteral("title ranges kept while titles are %1").arg(m_showsTitles ? "shown" : "hidden"));
+    for (qsizetype i = 0; i < n; ++i) {
+        const Range component = componentRanges()[size_t(i)];
+        const Range text = textRanges()[size_t(i)];
+        if (m_showsTitles) {
+            const Range title = titleRanges()[size_t(i)];
+            if (m_backing.substring(title) != m_core->component(i).title)
+                return fail(QStringLiteral("title %1 reads \"%2\", the component's is \"%3\"")
+                                .arg(i)
+                                .arg(m_backing.substring(title), m_core->component(i).title));
+            if (text.location != title.end() + 1 || m_backing.characterAt(title.end()) != u'\n')
+                return fail(QStringLiteral("no newline between title %1 and its text").arg(i));
+            for (qsizetype pos = title.location; pos < title.end();) {
+                Range run;
+                const Attributes attrs = m_backing.attributes(pos, &run);
+                if (!attrs.value(XQAggregatedTitleAttributeName).toBool())
+                    return fail(QStringLiteral("title %1 without title attributes at %2").arg(i).arg(pos));
+                pos = std::max(run.end(), pos + 1);
+            }
+        } else if (text.location != component.location) {
+            return fail(QStringLiteral("text %1 does not start its component").arg(i));
+        }
+        const Range separator = separatorRangeAfter(i);
+        const QString expected = i + 1 < n
+            ? (m_core->component(i + 1).pageBreakBefore ? pageBreakSeparatorString() : sectionSeparatorString())
+            : QString();
+        if (m_backing.substring(separator) != expected)
+            return fail(
+                QStringLiteral("separator after component %1 reads \"%2\"").arg(i).arg(m_backing.substring(separator)));
+        for (qsizetype pos = separator.location; pos < separator.end();) {
+            Range run;
+            const Attributes attrs = m_backing.attributes(pos, &run);
+            if (!attrs.value(XQAggregatedSeparatorAttributeName).toBool())
+                return fail(QStringLiteral("separator after component %1 without its mark at %2").arg(i).arg(pos));
+            pos = std::max(run.end(), pos + 1);
+        }
+    }
+    if (n == 0 && m_backing.length() != 0)
+        return fail(QStringLiteral("text without components"));
+    if (m_wordCount != m_core->wordTotal())
+        return fail(QStringLiteral("word count %1, the components have %2").arg(m_wordCount).arg(m_core->wordTotal()));
+    if (m_componentsHaveComments) {
+        std::vector<XQCommentPtr> comments;
+        for (const XQTextComponent& component : m_core->components()) {
+            const auto* commented = dynamic_cast<const XQCommentedTextStorageMethods*>(component.text.get());
+            comments.insert(comments.end(), commented->comments().begin(), commented->comments().end());
+        }
+        if (comments != m_comments)
+            return fail(QStringLiteral("the comments list is not the components' lists"));
+    }
+    if (!m_backing.checkInvariants())
+        return fail(QStringLiteral("text invariants"));
+    return true;
 }
 
 } // namespace qly

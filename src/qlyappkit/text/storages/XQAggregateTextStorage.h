@@ -13,9 +13,16 @@
 // attribute fixing changes after a forwarded edit is copied back, so each component's text always
 // equals its slice of this text, attributes included.
 //
-// Invariants: componentRanges() are contiguous and cover the text; textRanges()[i] holds component
-// i's text; titleRanges() (only while titles are shown) hold the titles, the "\n" after each title
-// outside them; a component range ends after the separator that follows it.
+// The components, their ranges here, the forwarding of edits, the mirroring of component edits and
+// the re-entrancy guards are the core this class shares with XQAggregatingTextStorage
+// (ComponentCore_p.h); this class adds titles, section and page-break separators and comments.
+//
+// Invariants (checkInvariants()): componentRanges() are contiguous and cover the text; textRanges()[i]
+// holds component i's text, attributes included; titleRanges() (only while titles are shown) hold the
+// titles, in title attributes, the "\n" after each title outside them; a component range ends after
+// the separator that follows it, which is the separator its next component asks for and carries the
+// separator mark; the word count is the components' total (0 when one does not count words); the
+// comments list is the components' lists in order (while every component keeps one).
 #include <QStringList>
 #include <map>
 #include <memory>
@@ -35,7 +42,7 @@ namespace qly {
 
 class XQWordCountingTextStorage;
 namespace storage_detail {
-class EditForwardingObserver;
+template <typename Component> class ComponentCore;
 }
 
 /// Marks separator text (value: true).
@@ -66,13 +73,13 @@ public:
     /// component without text storage or whose storage is not an XQAggregateTextStorageComponent,
     /// before anything changes.
     void setComponents(const std::vector<XQTextComponent>& components);
-    const std::vector<XQTextComponent>& components() const { return m_components; }
-    qsizetype numberOfComponents() const { return qsizetype(m_components.size()); }
+    const std::vector<XQTextComponent>& components() const;
+    qsizetype numberOfComponents() const;
     std::vector<std::shared_ptr<TextStorage>> componentTextStorages() const;
-    const std::vector<Range>& componentRanges() const { return m_componentRanges; }
-    const std::vector<Range>& textRanges() const { return m_textRanges; }
+    const std::vector<Range>& componentRanges() const;
+    const std::vector<Range>& textRanges() const;
     /// Empty while titles are hidden.
-    const std::vector<Range>& titleRanges() const { return m_titleRanges; }
+    const std::vector<Range>& titleRanges() const;
 
     // ---- titles and separators
     void setShowsTitles(bool showsTitles);
@@ -148,21 +155,22 @@ public:
     bool componentsHaveComments() const { return m_componentsHaveComments; }
 
     // ---- re-entrancy state, for observers that must tell the storage's own edits apart
-    bool isChangeInstigatedBySelf() const { return m_changeInstigatedBySelf; }
-    bool isChangeInstigatedByComponent() const { return m_changeInstigatedByComponent; }
-    bool isInTitleChange() const { return m_inTitleChange; }
-    bool isRebuildingTitles() const { return m_isRebuildingTitles; }
-    bool isUpdatingSeparator() const { return m_isUpdatingSeparator; }
+    bool isChangeInstigatedBySelf() const;
+    bool isChangeInstigatedByComponent() const;
+    bool isInTitleChange() const { return m_inTitleChange > 0; }
+    bool isRebuildingTitles() const { return m_rebuildingTitles > 0; }
+    bool isUpdatingSeparator() const { return m_updatingSeparator > 0; }
+
+    /// Checks the invariants in the class comment (tests call it after every operation); on failure
+    /// tells which in *failure. Reads the whole text: not for use while editing.
+    bool checkInvariants(QString* failure = nullptr) const;
 
 private:
-    struct PendingSync {
-        TextStorage* component;
-        Range range;
-    };
     Attributes titleAttributesForComponent(qsizetype index) const;
     Attributes titleNewlineAttributesForComponent(qsizetype index) const;
     qsizetype separatorLengthBefore(qsizetype index) const;
     Range separatorRangeAfter(qsizetype index) const;
+    /// Lays the ranges out again and takes the word count afresh.
     void updateRanges();
     /// Moves the ranges after an edit of delta characters in component index's title or text.
     void shiftRanges(qsizetype index, int element, qsizetype delta);
@@ -174,34 +182,22 @@ private:
     void rewriteSeparators();
     /// Sets attributes on the parts of range whose attributes differ, without routing.
     void setAttributesWhereDifferent(const Attributes& attributes, Range range);
-    /// Index of the first range in ranges that ends after location (ranges sorted and contiguous).
-    static qsizetype firstRangeEndingAfter(const std::vector<Range>& ranges, qsizetype location);
     void stopObservingComponents();
-    void componentEdited(TextStorage& component, int mask, Range editedRange, qsizetype delta);
-    void applyPendingSyncs();
     void rebuildComments();
     XQCommentedTextStorageMethods* commentedComponentForRange(Range range, Range* relative) const;
 
     qsizetype m_wordCount = 0;
-    std::vector<XQTextComponent> m_components;
-    std::vector<const XQWordCountingTextStorage*> m_counters; ///< per component; null when it counts no words
-    std::vector<qsizetype> m_componentWords; ///< each component's count when the total was last formed
-    bool m_allComponentsCount = true;
-    qsizetype m_mirroredComponent = NotFound; ///< the component whose edit is being mirrored
-    std::vector<Range> m_componentRanges, m_textRanges, m_titleRanges;
     bool m_showsTitles = true;
     bool m_usesSingleLineSeparators = false;
     Attributes m_titleAttributes, m_separatorAttributes;
-    bool m_changeInstigatedBySelf = false;
-    bool m_changeInstigatedByComponent = false;
-    bool m_inTitleChange = false;
-    bool m_isRebuildingTitles = false;
-    bool m_isUpdatingSeparator = false;
+    // Re-entrancy depths, held by storage_detail::Holding scopes.
+    int m_inTitleChange = 0;
+    int m_rebuildingTitles = 0;
+    int m_updatingSeparator = 0;
     std::vector<std::shared_ptr<XQComment>> m_comments;
     bool m_componentsHaveComments = false;
 
-    std::vector<PendingSync> m_pendingSyncs;
-    std::unique_ptr<storage_detail::EditForwardingObserver> m_observer;
+    std::unique_ptr<storage_detail::ComponentCore<XQTextComponent>> m_core;
     ScopedObserver m_commentsObserver;
     std::map<qsizetype, std::unique_ptr<QTimer>> m_titleTimers;
     std::unique_ptr<QObject> m_timerContext; ///< cancels the zero-delay calls when the storage goes

@@ -12,7 +12,7 @@ void XQAggregateTextStorage::rebuildComments()
     if (!m_componentsHaveComments)
         return;
     m_comments.clear();
-    for (const XQTextComponent& component : m_components) {
+    for (const XQTextComponent& component : components()) {
         const auto* commented = dynamic_cast<const XQCommentedTextStorageMethods*>(component.text.get());
         m_comments.insert(m_comments.end(), commented->comments().begin(), commented->comments().end());
     }
@@ -26,8 +26,8 @@ XQCommentedTextStorageMethods* XQAggregateTextStorage::commentedComponentForRang
     const qsizetype index = indexOfComponentContainingRange(range, &element);
     if (index == NotFound || element != TextElement)
         return nullptr;
-    *relative = Range{range.location - m_textRanges[size_t(index)].location, range.length};
-    return dynamic_cast<XQCommentedTextStorageMethods*>(m_components[size_t(index)].text.get());
+    *relative = Range{range.location - textRanges()[size_t(index)].location, range.length};
+    return dynamic_cast<XQCommentedTextStorageMethods*>(components()[size_t(index)].text.get());
 }
 
 XQCommentPtr XQAggregateTextStorage::addComment(const AttributedString& text, Range range)
@@ -60,13 +60,13 @@ void XQAggregateTextStorage::removeCommentsAtRange(Range range)
 
 Range XQAggregateTextStorage::rangeOfComment(const XQCommentPtr& comment) const
 {
-    for (size_t i = 0; i < m_components.size(); ++i) {
-        const auto* commented = dynamic_cast<const XQCommentedTextStorageMethods*>(m_components[i].text.get());
+    for (size_t i = 0; i < components().size(); ++i) {
+        const auto* commented = dynamic_cast<const XQCommentedTextStorageMethods*>(components()[i].text.get());
         if (!commented)
             continue;
         const Range found = commented->rangeOfComment(comment);
         if (!found.isNotFound())
-            return Range{found.location + m_textRanges[i].location, found.length};
+            return Range{found.location + textRanges()[i].location, found.length};
     }
     return Range::notFound();
 }

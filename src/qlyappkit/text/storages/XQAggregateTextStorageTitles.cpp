@@ -7,7 +7,7 @@
 
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Font.h>
-#include <qlyappkit/text/storages/StorageSupport_p.h>
+#include <qlyappkit/text/storages/ComponentCore_p.h>
 
 namespace qly {
 
@@ -32,8 +32,8 @@ Attributes XQAggregateTextStorage::titleAttributesForComponent(qsizetype index) 
 {
     Attributes attrs = m_titleAttributes;
     attrs.insert(XQAggregatedTitleAttributeName, true);
-    if (index >= 0 && index < numberOfComponents() && m_components[size_t(index)].titleColor)
-        attrs.insert(ForegroundColorAttributeName, QVariant::fromValue(*m_components[size_t(index)].titleColor));
+    if (index >= 0 && index < numberOfComponents() && m_core->component(index).titleColor)
+        attrs.insert(ForegroundColorAttributeName, QVariant::fromValue(*m_core->component(index).titleColor));
     return attrs;
 }
 
@@ -75,10 +75,10 @@ void XQAggregateTextStorage::fixAggregatedTitlesAndSeparatorsInRange(Range range
     const qsizetype n = numberOfComponents();
     if (range.length <= 0 || n == 0)
         return;
-    for (qsizetype i = firstRangeEndingAfter(m_componentRanges, range.location);
-         i < n && m_componentRanges[size_t(i)].location < range.end(); ++i) {
+    for (qsizetype i = storage_detail::ComponentCoreBase::firstRangeEndingAfter(componentRanges(), range.location);
+         i < n && componentRanges()[size_t(i)].location < range.end(); ++i) {
         if (m_showsTitles) {
-            const Range title = m_titleRanges[size_t(i)];
+            const Range title = titleRanges()[size_t(i)];
             if (meets(title, range))
                 setAttributesWhereDifferent(titleAttributesForComponent(i), title);
             const Range newline{title.end(), 1};
@@ -116,18 +116,18 @@ QString XQAggregateTextStorage::separatorStringForComponentAtIndex(qsizetype ind
 {
     if (index < 0 || index + 1 >= numberOfComponents())
         return QString();
-    return m_components[size_t(index)].pageBreakBefore ? pageBreakSeparatorString() : sectionSeparatorString();
+    return m_core->component(index).pageBreakBefore ? pageBreakSeparatorString() : sectionSeparatorString();
 }
 
 qsizetype XQAggregateTextStorage::separatorLengthBefore(qsizetype index) const
 {
-    return m_components[size_t(index)].pageBreakBefore ? pageBreakSeparatorString().size()
-                                                       : sectionSeparatorString().size();
+    return m_core->component(index).pageBreakBefore ? pageBreakSeparatorString().size()
+                                                    : sectionSeparatorString().size();
 }
 
 Range XQAggregateTextStorage::separatorRangeAfter(qsizetype index) const
 {
-    return Range::fromBounds(m_textRanges[size_t(index)].end(), m_componentRanges[size_t(index)].end());
+    return Range::fromBounds(textRanges()[size_t(index)].end(), componentRanges()[size_t(index)].end());
 }
 
 ParagraphStyle XQAggregateTextStorage::separatorParagraphStyle()
@@ -139,7 +139,7 @@ ParagraphStyle XQAggregateTextStorage::separatorParagraphStyle()
 
 void XQAggregateTextStorage::insertSeparatorWithPageBreak(bool pageBreak, Range range, MutableAttributedString& text)
 {
-    const bool wasUpdating = std::exchange(m_isUpdatingSeparator, true);
+    const storage_detail::Holding updating(m_updatingSeparator);
     {
         EditingBatch batch(text);
         const QString separator = pageBreak ? pageBreakSeparatorString() : sectionSeparatorString();
@@ -157,7 +157,6 @@ void XQAggregateTextStorage::insertSeparatorWithPageBreak(bool pageBreak, Range 
         attrs.insert(ParagraphStyleAttributeName, QVariant::fromValue(separatorParagraphStyle()));
         text.setAttributes(attrs, Range{range.location, separator.size()});
     }
-    m_isUpdatingSeparator = wasUpdating;
 }
 
 void XQAggregateTextStorage::rewriteSeparators()
@@ -166,7 +165,7 @@ void XQAggregateTextStorage::rewriteSeparators()
         EditingBatch batch(*this);
         // From the last to the first, so the separators still to do keep their places.
         for (qsizetype i = numberOfComponents() - 2; i >= 0; --i)
-            insertSeparatorWithPageBreak(m_components[size_t(i + 1)].pageBreakBefore, separatorRangeAfter(i), *this);
+            insertSeparatorWithPageBreak(m_core->component(i + 1).pageBreakBefore, separatorRangeAfter(i), *this);
         updateRanges();
         postStatistics();
     }
@@ -193,12 +192,12 @@ void XQAggregateTextStorage::setPageBreakBefore(bool pageBreak, qsizetype index)
         qWarning("%s", InvalidPageBreakIndexMessage);
         return;
     }
-    if (m_components[size_t(index)].pageBreakBefore == pageBreak)
+    if (m_core->component(index).pageBreakBefore == pageBreak)
         return;
     {
         EditingBatch batch(*this);
         const Range separator = index > 0 ? separatorRangeAfter(index - 1) : Range::notFound();
-        m_components[size_t(index)].pageBreakBefore = pageBreak;
+        m_core->component(index).pageBreakBefore = pageBreak;
         if (index > 0)
             insertSeparatorWithPageBreak(pageBreak, separator, *this);
         updateRanges();
@@ -215,24 +214,25 @@ void XQAggregateTextStorage::setShowsTitles(bool showsTitles)
         return;
     {
         EditingBatch batch(*this);
-        m_isRebuildingTitles = true;
-        for (qsizetype i = numberOfComponents() - 1; i >= 0; --i) {
-            if (showsTitles) {
-                AttributedString title(m_components[size_t(i)].title, titleAttributesForComponent(i));
-                title.append(QStringLiteral("\n"), titleNewlineAttributesForComponent(i));
-                replaceCharacters(Range{m_componentRanges[size_t(i)].location, 0}, title);
-            } else {
-                const Range title = m_titleRanges[size_t(i)];
-                replaceCharacters(Range{title.location, title.length + 1}, QString());
+        {
+            const storage_detail::Holding rebuilding(m_rebuildingTitles);
+            for (qsizetype i = numberOfComponents() - 1; i >= 0; --i) {
+                if (showsTitles) {
+                    AttributedString title(m_core->component(i).title, titleAttributesForComponent(i));
+                    title.append(QStringLiteral("\n"), titleNewlineAttributesForComponent(i));
+                    replaceCharacters(Range{componentRanges()[size_t(i)].location, 0}, title);
+                } else {
+                    const Range title = titleRanges()[size_t(i)];
+                    replaceCharacters(Range{title.location, title.length + 1}, QString());
+                }
             }
         }
-        m_isRebuildingTitles = false;
         m_showsTitles = showsTitles;
         updateRanges();
         postStatistics();
         if (showsTitles) {
             for (qsizetype i = 0; i < numberOfComponents(); ++i)
-                setAttributes(titleAttributesForComponent(i), m_titleRanges[size_t(i)]);
+                setAttributes(titleAttributesForComponent(i), titleRanges()[size_t(i)]);
         }
     }
     postUndoInvalidation();
@@ -245,7 +245,7 @@ void XQAggregateTextStorage::setTitleAttributes(const Attributes& attributes)
         return;
     EditingBatch batch(*this);
     for (qsizetype i = 0; i < numberOfComponents(); ++i) {
-        const Range title = m_titleRanges[size_t(i)];
+        const Range title = titleRanges()[size_t(i)];
         setAttributesWhereDifferent(titleAttributesForComponent(i), title);
         setAttributesWhereDifferent(titleNewlineAttributesForComponent(i), Range{title.end(), 1});
     }
@@ -257,15 +257,17 @@ void XQAggregateTextStorage::setTitle(const QString& title, qsizetype index)
         qWarning("%s", InvalidTitleIndexMessage);
         return;
     }
-    if (m_components[size_t(index)].title == title)
+    if (m_core->component(index).title == title)
         return;
     if (m_showsTitles) {
-        m_inTitleChange = true;
-        replaceCharacters(m_titleRanges[size_t(index)], AttributedString(title, titleAttributesForComponent(index)));
-        m_inTitleChange = false;
+        {
+            const storage_detail::Holding titleChange(m_inTitleChange);
+            replaceCharacters(titleRanges()[size_t(index)],
+                              AttributedString(title, titleAttributesForComponent(index)));
+        }
         postUndoInvalidation();
     } else {
-        m_components[size_t(index)].title = title;
+        m_core->component(index).title = title;
         updateRanges();
         postStatistics();
     }
@@ -277,11 +279,11 @@ void XQAggregateTextStorage::setTitleColor(const std::optional<Color>& color, qs
         qWarning("%s", InvalidTitleColorIndexMessage);
         return;
     }
-    m_components[size_t(index)].titleColor = color;
+    m_core->component(index).titleColor = color;
     if (!m_showsTitles)
         return;
     EditingBatch batch(*this);
-    const Range title = m_titleRanges[size_t(index)];
+    const Range title = titleRanges()[size_t(index)];
     setAttributesWhereDifferent(titleAttributesForComponent(index), title);
     setAttributesWhereDifferent(titleNewlineAttributesForComponent(index), Range{title.end(), 1});
 }
@@ -308,7 +310,7 @@ void XQAggregateTextStorage::titleNotificationFired(qsizetype index)
         return;
     NotificationCenter::defaultCenter().post(XQAggregateTextStorageComponentTitleDidChangeNotification,
                                              static_cast<const TextStorage*>(this),
-                                             QVariantMap{{XQAggregateNewTitleKey, m_components[size_t(index)].title},
+                                             QVariantMap{{XQAggregateNewTitleKey, m_core->component(index).title},
                                                          {XQAggregateComponentIndexKey, qlonglong(index)}});
     scheduleUndoInvalidation();
 }

@@ -5,7 +5,7 @@
 
 #include <qlyappkit/platform/services/NotificationCenter.h>
 #include <qlyappkit/platform/text/WordCounting.h>
-#include <qlyappkit/text/storages/StorageSupport_p.h>
+#include <qlyappkit/text/storages/ComponentCore_p.h>
 #include <qlyappkit/text/storages/XQTextStorage.h>
 #include <qlyappkit/text/storages/XQWordCountingTextStorage.h>
 
@@ -32,11 +32,11 @@ qsizetype lengthOfSeparator(const QVariant& separator)
 
 } // namespace
 
+static TextStorage* storageOf(const XQAggregatingTextStorage::Component& component) { return component.get(); }
+
 XQAggregatingTextStorage::XQAggregatingTextStorage()
-    : m_separator(QStringLiteral("\n")), m_observer(std::make_unique<storage_detail::EditForwardingObserver>(
-                                             [this](TextStorage& component, int mask, Range range, qsizetype delta) {
-                                                 componentEdited(component, mask, range, delta);
-                                             }))
+    : m_separator(QStringLiteral("\n")),
+      m_core(std::make_unique<storage_detail::ComponentCore<Component>>(*this, m_backing))
 {
 }
 
@@ -45,29 +45,18 @@ XQAggregatingTextStorage::XQAggregatingTextStorage(const AttributedString& text)
     m_backing = text;
 }
 
-XQAggregatingTextStorage::~XQAggregatingTextStorage()
-{
-    for (const Component& component : m_components)
-        component->removeObserver(m_observer.get());
-}
+XQAggregatingTextStorage::~XQAggregatingTextStorage() = default;
 
 // ---------------------------------------------------------------- components
 
-void XQAggregatingTextStorage::observe(const Component& component) { component->addObserver(m_observer.get()); }
-
-void XQAggregatingTextStorage::stopObserving(const Component& component)
+const std::vector<XQAggregatingTextStorage::Component>& XQAggregatingTextStorage::textStorageComponents() const
 {
-    // The same storage may be shown twice; it is heard as long as one of them remains.
-    if (std::find(m_components.begin(), m_components.end(), component) == m_components.end())
-        component->removeObserver(m_observer.get());
+    return m_core->components();
 }
 
 void XQAggregatingTextStorage::setTextStorageComponents(const std::vector<Component>& components)
 {
-    const std::vector<Component> old = std::exchange(m_components, {});
-    for (const Component& component : old)
-        stopObserving(component);
-
+    m_core->stopObservingAll();
     std::vector<Component> kept;
     for (const Component& component : components) {
         if (component)
@@ -76,11 +65,7 @@ void XQAggregatingTextStorage::setTextStorageComponents(const std::vector<Compon
             qWarning("%s", InvalidComponentMessage);
     }
     AttributedString joined;
-    std::vector<Range> ranges;
-    qsizetype total = 0;
-    bool allCount = true;
     for (size_t i = 0; i < kept.size(); ++i) {
-        ranges.push_back(Range{joined.length(), kept[i]->length()});
         joined.append(kept[i]->attributedString());
         if (i + 1 < kept.size()) {
             if (isAttributedSeparator(m_separator))
@@ -88,33 +73,28 @@ void XQAggregatingTextStorage::setTextStorageComponents(const std::vector<Compon
             else
                 joined.replaceCharacters(Range{joined.length(), 0}, m_separator.toString());
         }
-        if (const auto* counting = dynamic_cast<const XQWordCountingTextStorage*>(kept[i].get()))
-            total += counting->wordCount();
-        else
-            allCount = false;
     }
 
     EditingBatch batch(*this);
     const qsizetype oldLength = m_backing.length();
     m_backing = kept.empty() ? AttributedString() : joined;
     edited(EditedCharacters | EditedAttributes, Range{0, oldLength}, m_backing.length() - oldLength);
-    if (allCount)
-        m_wordCount = total;
-    m_components = kept;
-    m_textRanges = ranges;
-    for (const Component& component : m_components)
-        observe(component);
+    m_core->setComponents(std::move(kept));
+    relayout();
+    // Without a count from every component the old total stays (until the next range update).
+    if (m_core->allComponentsCount())
+        m_wordCount = m_core->wordTotal();
 }
 
 void XQAggregatingTextStorage::insertTextStorageComponent(const Component& component, qsizetype index)
 {
-    const qsizetype n = qsizetype(m_components.size());
+    const qsizetype n = m_core->count();
     if (!component || index < 0 || index > n) {
         qWarning("%s", InvalidComponentMessage);
         return;
     }
     EditingBatch batch(*this);
-    qsizetype at = index < n ? m_textRanges[size_t(index)].location : m_backing.length();
+    qsizetype at = index < n ? textRanges()[size_t(index)].location : m_backing.length();
     // Appended after other components, the new one needs a separator in front of it.
     if (index == n && n > 0) {
         writeSeparator(Range{at, 0}, m_separator);
@@ -125,25 +105,24 @@ void XQAggregatingTextStorage::insertTextStorageComponent(const Component& compo
     edited(EditedCharacters | EditedAttributes, Range{at, 0}, length);
     if (index < n)
         writeSeparator(Range{at + length, 0}, m_separator);
-    m_components.insert(m_components.begin() + index, component);
-    observe(component);
+    m_core->insert(index, component);
     updateTextRanges();
 }
 
 void XQAggregatingTextStorage::addTextStorageComponent(const Component& component)
 {
-    insertTextStorageComponent(component, qsizetype(m_components.size()));
+    insertTextStorageComponent(component, m_core->count());
 }
 
 void XQAggregatingTextStorage::removeTextStorageComponentAtIndex(qsizetype index)
 {
-    const qsizetype n = qsizetype(m_components.size());
+    const qsizetype n = m_core->count();
     if (index < 0 || index >= n) {
         qWarning("%s", IndexOutOfBoundsMessage);
         return;
     }
     EditingBatch batch(*this);
-    const Range text = m_textRanges[size_t(index)];
+    const Range text = textRanges()[size_t(index)];
     const qsizetype sep = separatorLength();
     // With the separator after it, or for the last of several the one before it.
     const Range removed = index + 1 < n ? Range{text.location, text.length + sep}
@@ -151,9 +130,7 @@ void XQAggregatingTextStorage::removeTextStorageComponentAtIndex(qsizetype index
                                         : text;
     m_backing.replaceCharacters(removed, QString());
     edited(EditedCharacters, removed, -removed.length);
-    const Component component = m_components[size_t(index)];
-    m_components.erase(m_components.begin() + index);
-    stopObserving(component);
+    m_core->erase(index);
     updateTextRanges();
 }
 
@@ -194,8 +171,8 @@ void XQAggregatingTextStorage::setComponentSeparator(const QVariant& separator)
     const qsizetype oldLength = separatorLength();
     const qsizetype change = lengthOfSeparator(separator) - oldLength;
     qsizetype shift = 0;
-    for (size_t i = 0; i + 1 < m_components.size(); ++i) {
-        writeSeparator(Range{m_textRanges[i].end() + shift, oldLength}, separator);
+    for (qsizetype i = 0; i + 1 < m_core->count(); ++i) {
+        writeSeparator(Range{textRanges()[size_t(i)].end() + shift, oldLength}, separator);
         shift += change;
     }
     m_separator = separator;
@@ -204,23 +181,35 @@ void XQAggregatingTextStorage::setComponentSeparator(const QVariant& separator)
 
 // ---------------------------------------------------------------- ranges
 
+const std::vector<Range>& XQAggregatingTextStorage::textRanges() const { return m_core->textRanges(); }
+
+void XQAggregatingTextStorage::relayout()
+{
+    const qsizetype n = m_core->count();
+    const qsizetype sep = separatorLength();
+    m_core->relayout(
+        [n, sep](qsizetype index) {
+            return storage_detail::ComponentParts{0, 0, index + 1 < n ? sep : 0};
+        },
+        false);
+}
+
 void XQAggregatingTextStorage::updateTextRanges()
 {
-    const size_t n = m_components.size();
-    const qsizetype sep = separatorLength();
-    m_textRanges.resize(n);
-    qsizetype pos = 0, total = 0;
-    bool allCount = true;
-    for (size_t i = 0; i < n; ++i) {
-        const TextStorage* component = m_components[i].get();
-        m_textRanges[i] = Range{pos, component->length()};
-        pos += m_textRanges[i].length + (i + 1 < n ? sep : 0);
-        if (const auto* counting = dynamic_cast<const XQWordCountingTextStorage*>(component))
-            total += counting->wordCount();
-        else
-            allCount = false;
-    }
-    m_wordCount = allCount ? total : 0;
+    relayout();
+    m_wordCount = m_core->wordTotal();
+    postStatistics();
+}
+
+void XQAggregatingTextStorage::componentTextChanged(qsizetype index, qsizetype delta)
+{
+    m_core->shift(index, storage_detail::ComponentCoreBase::Part::Text, delta);
+    m_wordCount = m_core->wordTotal();
+    postStatistics();
+}
+
+void XQAggregatingTextStorage::postStatistics()
+{
     NotificationCenter::defaultCenter().post(XQTextStorageStatisticsDidChangeNotification,
                                              static_cast<const TextStorage*>(this));
 }
@@ -230,27 +219,25 @@ qsizetype XQAggregatingTextStorage::indexOfTextStorageContainingRange(Range rang
     if (range.location < 0 || range.length < 0)
         return -1;
     // The first range reaching the range's end is the only one that can hold it.
-    auto it = std::lower_bound(m_textRanges.begin(), m_textRanges.end(), range.end(),
+    const std::vector<Range>& ranges = textRanges();
+    auto it = std::lower_bound(ranges.begin(), ranges.end(), range.end(),
                                [](const Range& r, qsizetype end) { return r.end() < end; });
-    if (it == m_textRanges.end() || it->location > range.location)
+    if (it == ranges.end() || it->location > range.location)
         return -1;
-    return qsizetype(it - m_textRanges.begin());
+    return qsizetype(it - ranges.begin());
 }
 
 Range XQAggregatingTextStorage::rangeOfTextStorageAtIndex(qsizetype index) const
 {
-    if (index < 0 || index >= qsizetype(m_textRanges.size()))
+    if (index < 0 || index >= m_core->count())
         return Range::notFound();
-    return m_textRanges[size_t(index)];
+    return textRanges()[size_t(index)];
 }
 
 qsizetype XQAggregatingTextStorage::indexOfTextStorageComponent(const TextStorage* component) const
 {
-    for (size_t i = 0; i < m_components.size(); ++i) {
-        if (m_components[i].get() == component)
-            return qsizetype(i);
-    }
-    return -1;
+    const qsizetype index = m_core->indexOfStorage(component);
+    return index == NotFound ? -1 : index;
 }
 
 bool XQAggregatingTextStorage::rangeIsEditable(Range range) const
@@ -278,17 +265,15 @@ void XQAggregatingTextStorage::replaceCharacters(Range range, const QString& tex
     EditingBatch batch(*this);
     const qsizetype before = m_backing.length();
     m_backing.replaceCharacters(range, text);
-    edited(EditedCharacters, range, m_backing.length() - before);
-    if (m_copyingComponentEdit) {
-        updateTextRanges();
+    const qsizetype delta = m_backing.length() - before;
+    edited(EditedCharacters, range, delta);
+    if (m_core->isMirroring()) {
+        componentTextChanged(m_core->mirroredIndex(), delta);
         return;
     }
-    m_forwardingEdit = true;
-    m_components[size_t(index)]->replaceCharacters(
-        Range{range.location - m_textRanges[size_t(index)].location, range.length}, text);
-    m_forwardingEdit = false;
-    updateTextRanges();
-    applyPendingSyncs();
+    m_core->forward(index, range, [&](TextStorage& component, Range r) { component.replaceCharacters(r, text); });
+    componentTextChanged(index, delta);
+    m_core->applyPendingSyncs();
 }
 
 void XQAggregatingTextStorage::setAttributes(const Attributes& attributes, Range range)
@@ -299,13 +284,10 @@ void XQAggregatingTextStorage::setAttributes(const Attributes& attributes, Range
     EditingBatch batch(*this);
     m_backing.setAttributes(attributes, range);
     edited(EditedAttributes, range, 0);
-    if (m_copyingComponentEdit)
+    if (m_core->isMirroring())
         return;
-    m_forwardingEdit = true;
-    m_components[size_t(index)]->setAttributes(
-        attributes, Range{range.location - m_textRanges[size_t(index)].location, range.length});
-    m_forwardingEdit = false;
-    applyPendingSyncs();
+    m_core->forward(index, range, [&](TextStorage& component, Range r) { component.setAttributes(attributes, r); });
+    m_core->applyPendingSyncs();
 }
 
 void XQAggregatingTextStorage::addAttribute(const QString& name, const QVariant& value, Range range)
@@ -316,54 +298,43 @@ void XQAggregatingTextStorage::addAttribute(const QString& name, const QVariant&
     EditingBatch batch(*this);
     m_backing.addAttribute(name, value, range);
     edited(EditedAttributes, range, 0);
-    if (m_copyingComponentEdit)
+    if (m_core->isMirroring())
         return;
-    m_forwardingEdit = true;
-    m_components[size_t(index)]->addAttribute(
-        name, value, Range{range.location - m_textRanges[size_t(index)].location, range.length});
-    m_forwardingEdit = false;
-    applyPendingSyncs();
+    m_core->forward(index, range, [&](TextStorage& component, Range r) { component.addAttribute(name, value, r); });
+    m_core->applyPendingSyncs();
 }
 
-void XQAggregatingTextStorage::componentEdited(TextStorage& component, int mask, Range editedRange, qsizetype delta)
-{
-    if (m_forwardingEdit) {
-        // The component may have fixed attributes beyond what was forwarded; copied back afterwards.
-        m_pendingSyncs.push_back(PendingSync{&component, editedRange});
-        return;
-    }
-    const qsizetype index = indexOfTextStorageComponent(&component);
-    if (index < 0)
-        return;
-    const qsizetype start = m_textRanges[size_t(index)].location;
-    m_copyingComponentEdit = true;
-    {
-        EditingBatch batch(*this);
-        if (mask & EditedCharacters) {
-            replaceCharacters(Range{start + editedRange.location, editedRange.length - delta},
-                              component.attributedSubstring(editedRange));
-        } else {
-            storage_detail::forEachDifferingRun(component, editedRange, m_backing, start,
-                                                [this](const Attributes& attrs, Range r) { setAttributes(attrs, r); });
-        }
-    }
-    m_copyingComponentEdit = false;
-}
+// ---------------------------------------------------------------- invariants
 
-void XQAggregatingTextStorage::applyPendingSyncs()
+bool XQAggregatingTextStorage::checkInvariants(QString* failure) const
 {
-    const std::vector<PendingSync> pending = std::exchange(m_pendingSyncs, {});
-    for (const PendingSync& sync : pending) {
-        const qsizetype index = indexOfTextStorageComponent(sync.component);
-        if (index < 0)
-            continue;
-        const Range range = intersectionRange(sync.range, Range{0, sync.component->length()});
-        storage_detail::forEachDifferingRun(*sync.component, range, m_backing, m_textRanges[size_t(index)].location,
-                                            [this](const Attributes& attrs, Range r) {
-                                                m_backing.setAttributes(attrs, r);
-                                                edited(EditedAttributes, r, 0);
-                                            });
+    if (!m_core->checkInvariants(failure))
+        return false;
+    auto fail = [failure](const QString& why) {
+        if (failure)
+            *failure = why;
+        return false;
+    };
+    const std::vector<Range>& ranges = textRanges();
+    const qsizetype sep = separatorLength();
+    for (size_t i = 0; i + 1 < ranges.size(); ++i) {
+        const Range separator{ranges[i].end(), sep};
+        if (ranges[i + 1].location != separator.end())
+            return fail(QStringLiteral("component %1 does not start right after the separator before it").arg(i + 1));
+        const bool same = isAttributedSeparator(m_separator)
+            ? m_backing.attributedSubstring(separator) == m_separator.value<AttributedString>()
+            : m_backing.substring(separator) == m_separator.toString();
+        if (!same)
+            return fail(
+                QStringLiteral("separator after component %1 is \"%2\"").arg(i).arg(m_backing.substring(separator)));
     }
+    if (!ranges.empty() && ranges.front().location != 0)
+        return fail(QStringLiteral("the first component does not start at 0"));
+    if (m_core->allComponentsCount() && m_wordCount != m_core->wordTotal())
+        return fail(QStringLiteral("word count %1, the components have %2").arg(m_wordCount).arg(m_core->wordTotal()));
+    if (!m_backing.checkInvariants())
+        return fail(QStringLiteral("text invariants"));
+    return true;
 }
 
 } // namespace qly

@@ -6,10 +6,14 @@
 // single component holds, such as one in a separator, is refused); edits made directly in a
 // component are copied into the joined text. Components are observed as TextStorageObservers (the
 // same moment as their did-process-editing notification), and attribute fixing a component does
-// after a forwarded edit is copied back, so each component's text always equals its slice.
+// after a forwarded edit is copied back, so each component's text always equals its slice. The
+// forwarding, mirroring and range keeping are the core it shares with XQAggregateTextStorage
+// (ComponentCore_p.h); this class adds the one separator.
 //
-// Invariant: component i occupies textRanges()[i]; one separator follows every component but the
-// last; ranges start at 0 and each next one starts after the previous one and a separator.
+// Invariants (checkInvariants()): component i occupies textRanges()[i] and its text equals that
+// slice, attributes included; one separator follows every component but the last; ranges start at 0
+// and each next one starts after the previous one and a separator; the word count is the
+// components' total.
 #include <memory>
 #include <vector>
 
@@ -18,7 +22,7 @@
 namespace qly {
 
 namespace storage_detail {
-class EditForwardingObserver;
+template <typename Component> class ComponentCore;
 }
 
 class XQAggregatingTextStorage : public TextStorage {
@@ -34,7 +38,7 @@ public:
     // ---- components
     /// Rebuilds the joined text from the components.
     void setTextStorageComponents(const std::vector<Component>& components);
-    const std::vector<Component>& textStorageComponents() const { return m_components; }
+    const std::vector<Component>& textStorageComponents() const;
     /// index 0 … number of components; otherwise (or without a component) logs and does nothing.
     void insertTextStorageComponent(const Component& component, qsizetype index);
     void addTextStorageComponent(const Component& component);
@@ -50,7 +54,7 @@ public:
     QVariant componentSeparator() const { return m_separator; }
 
     // ---- ranges
-    const std::vector<Range>& textRanges() const { return m_textRanges; }
+    const std::vector<Range>& textRanges() const;
     /// Recomputes the ranges and the word count from the components and posts the statistics
     /// notification.
     void updateTextRanges();
@@ -74,27 +78,24 @@ public:
     void setAttributes(const Attributes& attributes, Range range) override;
     void addAttribute(const QString& name, const QVariant& value, Range range) override;
 
+    /// Checks the invariants in the class comment (tests call it after every operation); on failure
+    /// tells which in *failure. Reads the whole text: not for use while editing.
+    bool checkInvariants(QString* failure = nullptr) const;
+
 private:
-    struct PendingSync {
-        TextStorage* component;
-        Range range;
-    };
-    void componentEdited(TextStorage& component, int mask, Range editedRange, qsizetype delta);
-    void observe(const Component& component);
-    void stopObserving(const Component& component);
     qsizetype separatorLength() const;
     /// Replaces range of the backing text by the separator and reports the edit.
     void writeSeparator(Range range, const QVariant& separator);
-    void applyPendingSyncs();
+    /// The ranges laid out again from the components' lengths, the word count taken again.
+    void relayout();
+    /// After an edit of delta characters in component index: ranges moved, word count taken, the
+    /// statistics notification posted.
+    void componentTextChanged(qsizetype index, qsizetype delta);
+    void postStatistics();
 
     qsizetype m_wordCount = 0;
-    std::vector<Component> m_components;
-    std::vector<Range> m_textRanges;
     QVariant m_separator;
-    bool m_forwardingEdit = false;
-    bool m_copyingComponentEdit = false;
-    std::vector<PendingSync> m_pendingSyncs;
-    std::unique_ptr<storage_detail::EditForwardingObserver> m_observer;
+    std::unique_ptr<storage_detail::ComponentCore<Component>> m_core;
 };
 
 } // namespace qly

@@ -48,7 +48,10 @@ void XQWordCountingTextStorage::replaceCharacters(Range range, const QString& te
     range.length = std::clamp<qsizetype>(range.length, 0, n - range.location);
 
     const qsizetype oldCount = m_wordCount;
-    const Range words = wordRangeForCharRange(range);
+    // Between independent word boundaries clear of the edit: the words outside that stretch are the
+    // same before and after, however the edit joins or splits words at its edges (a combining mark
+    // joining a letter, a regional indicator changing its pair, a full stop between digits).
+    const Range words = wordCountingRangeForEdit(m_backing, range);
     m_wordCount -= wordCountForRange(words);
     m_backing.replaceCharacters(range, text);
     const qsizetype delta = text.size() - range.length;

@@ -1,10 +1,13 @@
 #pragma once
 // XQWordCountingTextStorage: a text storage that keeps its word count current as it is edited.
 //
-// Each character replacement recounts only the words it touches (the replaced range widened to word
-// boundaries, before and after the edit), so a keystroke costs time in proportion to the word being
-// typed, not to the document. A full count happens at creation and when the running count would go
-// negative. After every replacement the statistics notification tells observers how the count and
+// Each character replacement recounts only the words it touches: the replaced range widened to the
+// neighbouring independent word boundaries (WordCounting.h: the nearest space, punctuation or line
+// break beyond the edit that no word-boundary rule looks across, so combining marks, regional
+// indicator pairs and emoji sequences at the edit's edges are recounted with it), before and after
+// the edit. So the running count always equals a full recount, and a keystroke costs time in
+// proportion to the word being typed, not to the document. A full count happens at creation and when
+// the running count would go negative. After every replacement the statistics notification tells observers how the count and
 // the length changed.
 #include <QString>
 
