@@ -239,17 +239,20 @@ TEST(TextStorage, RandomBatchesReportARangeThatCoversEveryChange)
         for (qsizetype i = 0; i < length; ++i) {
             const ModelCharacter& m = model[size_t(i)];
             const bool changed = m.origin < 0 || storage.attributes(i) != before.attributes(m.origin);
-            if (changed)
+            if (changed) {
                 ASSERT_TRUE(seen.range.location <= i && i < seen.range.end())
                     << "round " << round << ": position " << i << " changed outside the edited range "
                     << seen.range.location << "+" << seen.range.length;
-            if (m.seamBefore)
+            }
+            if (m.seamBefore) {
                 ASSERT_TRUE(seen.range.location <= i && i <= seen.range.end())
                     << "round " << round << ": deletion before " << i << " outside the edited range "
                     << seen.range.location << "+" << seen.range.length;
+            }
         }
-        if (endSeam)
+        if (endSeam) {
             ASSERT_EQ(seen.range.end(), length) << "round " << round << ": deletion at the end not covered";
+        }
     }
     std::cout << "[ CHECKS   ] " << checks << " batches checked" << std::endl;
 }
