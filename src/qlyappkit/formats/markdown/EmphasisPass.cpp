@@ -3,6 +3,7 @@
 #include <qlyappkit/formats/markdown/MarkdownConstants.h>
 #include <qlyappkit/platform/strings/CharacterSets.h>
 #include <qlyappkit/platform/text/ParagraphRanges.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 #include <optional>
 
@@ -64,6 +65,25 @@ private:
 bool isWhitespace(std::optional<QChar> c) { return c && isWhitespaceOrNewline(c->unicode()); }
 
 } // namespace
+
+Font fontAt(const MutableAttributedString& text, qsizetype position)
+{
+    const QVariant value = text.attribute(FontAttributeName, position);
+    return value.metaType() == QMetaType::fromType<Font>() ? value.value<Font>() : Font::userFont();
+}
+
+std::optional<Font> fontWithTrait(const Font& font, unsigned trait)
+{
+    struct Answer {
+        Font font;
+        unsigned trait = 0;
+        std::optional<Font> converted;
+    };
+    thread_local std::optional<Answer> last;
+    if (!last || last->trait != trait || !(last->font == font))
+        last = Answer{font, trait, font.convertedToHaveTrait(trait)};
+    return last->converted;
+}
 
 Range runEmphasisPass(MutableAttributedString& text, Range paragraph, const EmphasisPass& pass)
 {

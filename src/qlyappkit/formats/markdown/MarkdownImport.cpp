@@ -11,10 +11,18 @@ namespace {
 
 using markdown::EmphasisPass;
 
+// As convertRange() over the pair, markers included; but the markers are deleted right after, so only
+// the text between them is given the font (taken, as convertRange() takes it, at the opener).
 EmphasisPass traitPass(const QString& marker, unsigned trait)
 {
-    return {marker, false,
-            [trait](MutableAttributedString& text, Range formatted, Range) { convertRange(text, formatted, trait); }};
+    return {marker, false, [trait](MutableAttributedString& text, Range formatted, Range closer) {
+                const Range inside = Range::fromBounds(formatted.location + closer.length, closer.location);
+                if (inside.isEmpty())
+                    return;
+                if (const std::optional<Font> converted =
+                        markdown::fontWithTrait(markdown::fontAt(text, formatted.location), trait))
+                    text.addAttribute(FontAttributeName, QVariant::fromValue(*converted), inside);
+            }};
 }
 
 std::vector<EmphasisPass> asteriskPasses()
@@ -87,10 +95,9 @@ void convertRange(MutableAttributedString& text, Range range, unsigned fontTrait
     range = intersectionRange(range, Range{0, text.length()});
     if (range.isEmpty())
         return;
-    const QVariant value = text.attribute(FontAttributeName, range.location);
-    const Font font = value.metaType() == QMetaType::fromType<Font>() ? value.value<Font>() : Font::userFont();
     // One font for the whole range: emphasis over mixed fonts takes the first run's font.
-    if (const std::optional<Font> converted = font.convertedToHaveTrait(fontTrait))
+    if (const std::optional<Font> converted =
+            markdown::fontWithTrait(markdown::fontAt(text, range.location), fontTrait))
         text.addAttribute(FontAttributeName, QVariant::fromValue(*converted), range);
 }
 

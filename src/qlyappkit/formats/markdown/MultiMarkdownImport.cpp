@@ -13,8 +13,10 @@ using markdown::EmphasisPass;
 
 EmphasisPass traitPass(const QString& marker, unsigned trait, bool openerMustNotRepeat = false)
 {
-    return {marker, openerMustNotRepeat, [trait](MutableAttributedString& text, Range formatted, Range) {
-                convertMMDRange(text, formatted, trait);
+    // Run by run, the markers' own runs change nothing once they are deleted, so only the text
+    // between them is converted.
+    return {marker, openerMustNotRepeat, [trait](MutableAttributedString& text, Range formatted, Range closer) {
+                convertMMDRange(text, Range::fromBounds(formatted.location + closer.length, closer.location), trait);
             }};
 }
 
@@ -69,7 +71,7 @@ void convertMMDRange(MutableAttributedString& text, Range range, unsigned fontTr
         const QVariant value =
             text.attribute(FontAttributeName, position, &run, Range::fromBounds(position, range.end()));
         const Font font = value.metaType() == QMetaType::fromType<Font>() ? value.value<Font>() : Font::userFont();
-        if (const std::optional<Font> converted = font.convertedToHaveTrait(fontTrait))
+        if (const std::optional<Font> converted = markdown::fontWithTrait(font, fontTrait))
             text.addAttribute(FontAttributeName, QVariant::fromValue(*converted), run);
         position = std::max(run.end(), position + 1);
     }
