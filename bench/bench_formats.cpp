@@ -29,7 +29,8 @@ constexpr int WordsPerParagraph = 80;
 
 const Attributes& baseAttributes()
 {
-    static const Attributes base{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12))}};
+    static const Attributes base{
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12))}};
     return base;
 }
 
@@ -132,7 +133,8 @@ void BM_MarkdownHostile(benchmark::State& state)
 void BM_ScreenplayTypeAndFormat(benchmark::State& state)
 {
     const ScriptElementAttributes attributes = defaultPlainTextScreenplayElementAttributes();
-    timed(state, [&] { benchmark::DoNotOptimize(attributedStringWithPlainTextScreenplayString(screenplay(), attributes)); });
+    timed(state,
+          [&] { benchmark::DoNotOptimize(attributedStringWithPlainTextScreenplayString(screenplay(), attributes)); });
     state.counters["lines"] = double(screenplay().count(u'\n'));
 }
 
