@@ -1,4 +1,6 @@
 // Manuscript conversions: italics and underlines, em dashes and ellipses.
+#include <gtest/gtest.h>
+
 #include "formats/EmphasisTestSupport.h"
 
 #include <qlyappkit/formats/manuscript/ManuscriptEmphasis.h>

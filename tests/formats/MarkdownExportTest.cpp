@@ -1,4 +1,6 @@
 // Markdown emphasis export, its queries, and export followed by import.
+#include <gtest/gtest.h>
+
 #include "formats/EmphasisTestSupport.h"
 
 #include <qlyappkit/formats/markdown/MarkdownConstants.h>

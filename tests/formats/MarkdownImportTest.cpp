@@ -1,4 +1,6 @@
 // Markdown, Fountain and MultiMarkdown emphasis import.
+#include <gtest/gtest.h>
+
 #include "formats/EmphasisTestSupport.h"
 
 #include <qlyappkit/formats/markdown/MarkdownConstants.h>

@@ -1,4 +1,6 @@
 // Plain-text screenplays: reading lines, typing elements, building and splitting rich text.
+#include <gtest/gtest.h>
+
 #include "support/TestFiles.h"
 
 #include <qlyappkit/formats/screenplay/ScreenplayLines.h>

@@ -1,4 +1,6 @@
 // qly convert with Markdown, Fountain and MultiMarkdown, and the manuscript options, run as the built program.
+#include <gtest/gtest.h>
+
 #include "platform/rtf/RTFTestSupport.h"
 #include "support/TestFiles.h"
 #include "tool/QlyRunner.h"

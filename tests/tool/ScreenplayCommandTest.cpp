@@ -1,5 +1,7 @@
 // qly screenplay and qly convert --from screenplay, run as the built program; the formatted RTF is
 // opened in a real word processor to see the element indents arrive.
+#include <gtest/gtest.h>
+
 #include "platform/rtf/RTFTestSupport.h"
 #include "support/TestFiles.h"
 #include "tool/QlyRunner.h"
