@@ -1,20 +1,32 @@
 #pragma once
-// One emphasis pass over a paragraph, shared by the Markdown and MultiMarkdown imports: find a marker,
-// pair an opener with the next closer, format the pair's range and delete both markers.
+// The emphasis passes shared by the Markdown and MultiMarkdown imports: find a marker, pair an opener
+// with the next closer, format the text between them and delete both markers.
 #include <qlyappkit/platform/text/MutableAttributedString.h>
 #include <qlyappkit/platform/values/Font.h>
 
-#include <functional>
+#include <optional>
+#include <vector>
 
 namespace qly::markdown {
 
+/// What a closed pair does to its text.
+enum class EmphasisFormat {
+    /// The font at the opener with the trait added, on the whole pair (mixed fonts are flattened).
+    TraitFromOpener,
+    /// Each run's own font with the trait added (MultiMarkdown).
+    TraitPerRun,
+    /// The double underline on the whole pair.
+    DoubleUnderline,
+    /// The single underline on the closing marker alone, which is then deleted: no visible change.
+    UnderlineOnCloser,
+};
+
 struct EmphasisPass {
     QString marker;
+    EmphasisFormat format;
+    unsigned trait = 0; ///< for the trait formats: ItalicFontMask or BoldFontMask
     /// MultiMarkdown's single underscore: an opener must not be followed by another marker character.
     bool openerMustNotRepeat = false;
-    /// Formats a closed pair: formatted runs from the opener's first character to the closer's last,
-    /// closer is the closing marker; both still in the text.
-    std::function<void(MutableAttributedString& text, Range formatted, Range closer)> format;
 };
 
 /// The font at position (the user font where there is none).
@@ -23,12 +35,13 @@ Font fontAt(const MutableAttributedString& text, qsizetype position);
 /// fonts thousands of times in a long text.
 std::optional<Font> fontWithTrait(const Font& font, unsigned trait);
 
-/// Runs the pass over paragraph (a range of text) and returns the paragraph's range after the
-/// markers it paired were removed. Time is linear in the paragraph's length.
-Range runEmphasisPass(MutableAttributedString& text, Range paragraph, const EmphasisPass& pass);
+/// Runs the passes in order over paragraph (a range of text), each on the range the one before
+/// left, and returns the paragraph's range once the paired markers are gone. The paragraph is
+/// edited as a copy and written back once, so time is linear in its length however many pairs it holds.
+Range runEmphasisPasses(MutableAttributedString& text, Range paragraph, const std::vector<EmphasisPass>& passes);
 
-/// The paragraph loop of both imports: each paragraph's ranges flow through the passes in order, and
-/// the next paragraph is the one holding the end of the last pass's range.
+/// The paragraph loop of both imports: every paragraph through the passes, the next paragraph being
+/// the one that holds the end of the range the passes left.
 void runEmphasisPasses(MutableAttributedString& text, const std::vector<EmphasisPass>& passes);
 
 } // namespace qly::markdown

@@ -9,51 +9,28 @@ namespace qly {
 
 namespace {
 
+using markdown::EmphasisFormat;
 using markdown::EmphasisPass;
-
-// As convertRange() over the pair, markers included; but the markers are deleted right after, so only
-// the text between them is given the font (taken, as convertRange() takes it, at the opener).
-EmphasisPass traitPass(const QString& marker, unsigned trait)
-{
-    return {marker, false, [trait](MutableAttributedString& text, Range formatted, Range closer) {
-                const Range inside = Range::fromBounds(formatted.location + closer.length, closer.location);
-                if (inside.isEmpty())
-                    return;
-                if (const std::optional<Font> converted =
-                        markdown::fontWithTrait(markdown::fontAt(text, formatted.location), trait))
-                    text.addAttribute(FontAttributeName, QVariant::fromValue(*converted), inside);
-            }};
-}
 
 std::vector<EmphasisPass> asteriskPasses()
 {
-    return {traitPass(XQMarkdownBoldMarker, BoldFontMask), traitPass(XQMarkdownItalicMarker, ItalicFontMask)};
+    return {{XQMarkdownBoldMarker, EmphasisFormat::TraitFromOpener, BoldFontMask},
+            {XQMarkdownItalicMarker, EmphasisFormat::TraitFromOpener, ItalicFontMask}};
 }
 
 std::vector<EmphasisPass> underscorePasses(bool useUnderlines)
 {
     if (!useUnderlines)
-        return {traitPass(XQMarkdownDoubleUnderscoreMarker, BoldFontMask),
-                traitPass(XQMarkdownUnderscoreMarker, ItalicFontMask)};
-    return {
-        {XQMarkdownDoubleUnderscoreMarker, false,
-         [](MutableAttributedString& text, Range formatted, Range) {
-             text.addAttribute(UnderlineStyleAttributeName, int(UnderlineStyleDouble), formatted);
-         }},
-        // The single underline lands on the closing marker alone, which is then deleted: "_a_" reads
-        // as a plain "a". Documents written with this rule depend on it, so it stays.
-        {XQMarkdownUnderscoreMarker, false,
-         [](MutableAttributedString& text, Range, Range closer) {
-             text.addAttribute(UnderlineStyleAttributeName, int(UnderlineStyleSingle), Range{closer.location, 1});
-         }},
-    };
+        return {{XQMarkdownDoubleUnderscoreMarker, EmphasisFormat::TraitFromOpener, BoldFontMask},
+                {XQMarkdownUnderscoreMarker, EmphasisFormat::TraitFromOpener, ItalicFontMask}};
+    // With underlines a "_" pair leaves no underline: see EmphasisFormat::UnderlineOnCloser.
+    return {{XQMarkdownDoubleUnderscoreMarker, EmphasisFormat::DoubleUnderline},
+            {XQMarkdownUnderscoreMarker, EmphasisFormat::UnderlineOnCloser}};
 }
 
 qsizetype runPasses(MutableAttributedString& text, Range range, Range* used, const std::vector<EmphasisPass>& passes)
 {
-    EditingBatch batch(text);
-    for (const EmphasisPass& pass : passes)
-        range = markdown::runEmphasisPass(text, range, pass);
+    range = markdown::runEmphasisPasses(text, range, passes);
     if (used)
         *used = range;
     return range.length;

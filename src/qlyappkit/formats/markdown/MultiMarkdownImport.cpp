@@ -9,16 +9,7 @@ namespace qly {
 
 namespace {
 
-using markdown::EmphasisPass;
-
-EmphasisPass traitPass(const QString& marker, unsigned trait, bool openerMustNotRepeat = false)
-{
-    // Run by run, the markers' own runs change nothing once they are deleted, so only the text
-    // between them is converted.
-    return {marker, openerMustNotRepeat, [trait](MutableAttributedString& text, Range formatted, Range closer) {
-                convertMMDRange(text, Range::fromBounds(formatted.location + closer.length, closer.location), trait);
-            }};
-}
+using markdown::EmphasisFormat;
 
 // Every backslash-asterisk becomes one asterisk; a replacement never forms a new pair with what
 // precedes it, because the scan goes on after the asterisk it left.
@@ -53,10 +44,10 @@ void convertMultiMarkdown(MutableAttributedString& text)
     EditingBatch batch(text);
     markdown::runEmphasisPasses(text,
                                 {
-                                    traitPass(XQMarkdownBoldMarker, BoldFontMask),
-                                    traitPass(XQMarkdownItalicMarker, ItalicFontMask),
-                                    traitPass(XQMarkdownDoubleUnderscoreMarker, BoldFontMask),
-                                    traitPass(XQMarkdownUnderscoreMarker, ItalicFontMask, true),
+                                    {XQMarkdownBoldMarker, EmphasisFormat::TraitPerRun, BoldFontMask},
+                                    {XQMarkdownItalicMarker, EmphasisFormat::TraitPerRun, ItalicFontMask},
+                                    {XQMarkdownDoubleUnderscoreMarker, EmphasisFormat::TraitPerRun, BoldFontMask},
+                                    {XQMarkdownUnderscoreMarker, EmphasisFormat::TraitPerRun, ItalicFontMask, true},
                                 });
     replaceEscapedAsterisks(text);
 }
