@@ -192,8 +192,12 @@ void modelPass(ModelText& t, qsizetype start, qsizetype& end, const QString& m, 
     }
 }
 
-ModelText modelImport(const QString& input, bool multiMarkdown)
+enum class Rules { Markdown, MarkdownWithUnderlines, MultiMarkdown };
+
+ModelText modelImport(const QString& input, Rules rules)
 {
+    const bool multiMarkdown = rules == Rules::MultiMarkdown;
+    const bool underlines = rules == Rules::MarkdownWithUnderlines;
     ModelText t{input, std::vector<unsigned>(size_t(input.size()), 0)};
     qsizetype start = 0;
     while (start < t.s.size()) {
@@ -204,8 +208,10 @@ ModelText modelImport(const QString& input, bool multiMarkdown)
             ++end;
         modelPass(t, start, end, QStringLiteral("**"), 2, multiMarkdown, false);
         modelPass(t, start, end, QStringLiteral("*"), 1, multiMarkdown, false);
-        modelPass(t, start, end, QStringLiteral("__"), 2, multiMarkdown, false);
-        modelPass(t, start, end, QStringLiteral("_"), 1, multiMarkdown, multiMarkdown);
+        // With underlines "__" adds the double underline (4 here) to each character as it is, and a
+        // "_" pair adds nothing that survives.
+        modelPass(t, start, end, QStringLiteral("__"), underlines ? 4 : 2, multiMarkdown || underlines, false);
+        modelPass(t, start, end, QStringLiteral("_"), underlines ? 0 : 1, multiMarkdown || underlines, multiMarkdown);
         start = end;
     }
     if (multiMarkdown) {
@@ -225,10 +231,12 @@ QString modelTagged(const ModelText& t)
     AttributedString text;
     for (qsizetype i = 0; i < t.s.size(); ++i) {
         const unsigned traits = t.traits[size_t(i)];
-        text.append(QString(t.s.at(i)),
-                    {{FontAttributeName,
-                      QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12,
-                                                           traits & (BoldFontMask | ItalicFontMask)))}});
+        Attributes attributes{{FontAttributeName,
+                               QVariant::fromValue(Font::fromFamily(QStringLiteral("Helvetica"), 12,
+                                                                    traits & (BoldFontMask | ItalicFontMask)))}};
+        if (traits & 4)
+            attributes.insert(UnderlineStyleAttributeName, 9);
+        text.append(QString(t.s.at(i)), attributes);
     }
     return taggedEmphasis(text);
 }
@@ -244,13 +252,12 @@ TEST(MarkdownImport, AgreesWithAPlainModelOnRandomTexts)
         const int length = int(random() % 28);
         for (int i = 0; i < length; ++i)
             input += alphabet.at(qsizetype(random() % alphabet.size()));
-        const bool multiMarkdown = round % 2 == 1;
-        const QString expected = modelTagged(modelImport(input, multiMarkdown));
-        const QString actual = multiMarkdown
+        const Rules rules = Rules(round % 3);
+        const QString expected = modelTagged(modelImport(input, rules));
+        const QString actual = rules == Rules::MultiMarkdown
             ? taggedEmphasis(attributedStringByConvertingMultiMarkdownFromString(input))
-            : imported(input, 0);
-        ASSERT_EQ(actual, expected) << (multiMarkdown ? "MultiMarkdown " : "Markdown ") << "input: \""
-                                    << input.toStdString() << "\"";
+            : imported(input, rules == Rules::MarkdownWithUnderlines ? XQMarkdownUseUnderlinesOption : 0);
+        ASSERT_EQ(actual, expected) << "rules " << int(rules) << ", input: \"" << input.toStdString() << "\"";
     }
 }
 
