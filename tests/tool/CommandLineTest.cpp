@@ -12,7 +12,7 @@ using namespace qly::tooltest;
 namespace {
 
 const QStringList CommandNames{QStringLiteral("stats"), QStringLiteral("comments"), QStringLiteral("convert"),
-                               QStringLiteral("notes")};
+                               QStringLiteral("notes"), QStringLiteral("screenplay")};
 
 } // namespace
 
@@ -54,16 +54,16 @@ TEST(QlyCommandLine, EveryCommandParsesAlike)
 TEST(QlyCommandLine, DashReadsStandardInputAndWritesStandardOutput)
 {
     // Plain text to RTF and back through pipes, formats named by the short options.
-    const QlyRun toRTF = runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("-f"),
-                                 QStringLiteral("txt"), QStringLiteral("-t"), QStringLiteral("rtf"),
-                                 QStringLiteral("-o"), QStringLiteral("-")},
-                                "caf\xC3\xA9 and tea\n");
+    const QlyRun toRTF =
+        runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("-f"), QStringLiteral("txt"),
+                QStringLiteral("-t"), QStringLiteral("rtf"), QStringLiteral("-o"), QStringLiteral("-")},
+               "caf\xC3\xA9 and tea\n");
     ASSERT_EQ(toRTF.exitCode, 0) << toRTF.err.toStdString();
     EXPECT_TRUE(toRTF.out.startsWith(QStringLiteral("{\\rtf1")));
-    const QlyRun back = runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("--from=rtf"),
-                                QStringLiteral("--to"), QStringLiteral("txt"), QStringLiteral("-o"),
-                                QStringLiteral("-")},
-                               toRTF.out.toUtf8());
+    const QlyRun back =
+        runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("--from=rtf"), QStringLiteral("--to"),
+                QStringLiteral("txt"), QStringLiteral("-o"), QStringLiteral("-")},
+               toRTF.out.toUtf8());
     ASSERT_EQ(back.exitCode, 0) << back.err.toStdString();
     EXPECT_EQ(back.out, QStringLiteral("caf\u00e9 and tea\n"));
 
@@ -80,10 +80,10 @@ TEST(QlyCommandLine, DashReadsStandardInputAndWritesStandardOutput)
     EXPECT_EQ(notes.out, QStringLiteral("footnote\t1\t4\tnote\n"));
 
     // A stored text exported for word processors straight to standard output.
-    const QlyRun word = runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("-f"),
-                                QStringLiteral("rtf"), QStringLiteral("-t"), QStringLiteral("word-rtf"),
-                                QStringLiteral("-o"), QStringLiteral("-")},
-                               "{\\rtf1\\ansi Text\\{\\\\Qlry_fn=a note\\\\end_Qlry_fn\\}\\par}");
+    const QlyRun word =
+        runQly({QStringLiteral("convert"), QStringLiteral("-"), QStringLiteral("-f"), QStringLiteral("rtf"),
+                QStringLiteral("-t"), QStringLiteral("word-rtf"), QStringLiteral("-o"), QStringLiteral("-")},
+               "{\\rtf1\\ansi Text\\{\\\\Qlry_fn=a note\\\\end_Qlry_fn\\}\\par}");
     ASSERT_EQ(word.exitCode, 0) << word.err.toStdString();
     EXPECT_TRUE(word.out.contains(QStringLiteral("{\\*\\footnote"))) << word.out.toStdString();
 }

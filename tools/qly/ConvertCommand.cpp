@@ -1,8 +1,12 @@
 // qly convert: documents from one format into another (see convert/ for the formats).
 #include "CommandLine.h"
 #include "Commands.h"
+#include "ManuscriptOptions.h"
 #include "convert/ConvertFormats.h"
 
+#include <qlyappkit/platform/services/ContainedPaths.h>
+
+#include <QDir>
 #include <QFileInfo>
 
 namespace qly::tool {
@@ -73,6 +77,41 @@ const DocumentFormatHandler* chosenHandler(const CommandLine& line, const QStrin
     return handler;
 }
 
+// "-o DIR/" (or an existing folder) receives one document per piece.
+bool isFolderOutput(const QString& output)
+{
+    return output != StandardStreamName && (output.endsWith(u'/') || QFileInfo(output).isDir());
+}
+
+// Writes each piece as DIR/<input name>-NNN.<extension>, every file atomically and inside DIR.
+int writePieces(const ConvertDocument& document, const QString& folder, const DocumentFormatHandler& target,
+                const CommandLine& line)
+{
+    if (!QDir().mkpath(folder)) {
+        printError(QStringLiteral("cannot make the folder %1").arg(folder));
+        return ExitFailure;
+    }
+    const QString stem = document.inputPath == StandardStreamName ? QStringLiteral("piece")
+                                                                  : QFileInfo(document.inputPath).completeBaseName();
+    const QString extension = target.extensions.isEmpty() ? target.names.constFirst() : target.extensions.constFirst();
+    const int width = std::max(3, int(QString::number(document.pieces.size()).size()));
+    for (qsizetype i = 0; i < document.pieces.size(); ++i) {
+        const QString name =
+            QStringLiteral("%1-%2.%3").arg(stem).arg(i + 1, width, 10, QLatin1Char('0')).arg(extension);
+        QString problem;
+        const std::optional<QString> path = pathInsideFolder(folder, name, &problem);
+        if (!path) {
+            printError(QStringLiteral("refusing to write %1 in %2: %3").arg(name, folder, problem));
+            return ExitFailure;
+        }
+        ConvertDocument piece(applyManuscriptOptions(line, document.pieces[i]), document.documentAttributes,
+                              document.inputPath);
+        if (const int code = target.write(piece, *path, line))
+            return code;
+    }
+    return ExitSuccess;
+}
+
 } // namespace
 
 int runConvert(const QStringList& args)
@@ -85,7 +124,11 @@ int runConvert(const QStringList& args)
                        "as RTF for word processors: real footnotes, endnotes, comments, bookmarks, sections, headers\n"
                        "and footers, pictures. Its links qlybookmark:NAME, qlypageref:NAME and qlypicture:FILE (FILE\n"
                        "inside the input's folder) become bookmarks, page references and pictures; the text and each\n"
-                       "page break start a section."));
+                       "page break start a section.\n"
+                       "Markdown (.md, .markdown, .fountain) carries bold, italic and underline as emphasis\n"
+                       "markers; -f multimarkdown (.mmd) reads the older rules. -f screenplay types a plain-text\n"
+                       "screenplay and formats it; with --split-by TYPE -o DIR/ it writes one file per piece.\n"
+                       "--manuscript, --dashes and --ellipses convert any document for manuscript submission."));
     line.addOption({{QStringLiteral("o"), OutputOption},
                     QStringLiteral("The output file (\"-\": standard output)."),
                     QStringLiteral("OUT")});
@@ -99,6 +142,7 @@ int runConvert(const QStringList& args)
         for (const QCommandLineOption& option : handler.options)
             line.addOption(option);
     }
+    addManuscriptOptions(line);
     int exitCode = 0;
     if (!line.parse(args, 1, 1, &exitCode))
         return exitCode;
@@ -109,7 +153,10 @@ int runConvert(const QStringList& args)
     const DocumentFormatHandler* source = chosenHandler(line, FromOption, input);
     if (!source)
         return ExitUsage;
-    const DocumentFormatHandler* target = chosenHandler(line, ToOption, output);
+    const bool folderOutput = isFolderOutput(output);
+    // Pieces written into a folder are RTF unless -t names another format.
+    const DocumentFormatHandler* target = folderOutput && !line.isSet(ToOption) ? handlerNamed(QStringLiteral("rtf"))
+                                                                                : chosenHandler(line, ToOption, output);
     if (!target)
         return ExitUsage;
     // An option of a format that takes no part is refused rather than silently ignored.
@@ -123,12 +170,29 @@ int runConvert(const QStringList& args)
         }
     }
 
+    for (const DocumentFormatHandler* handler : {source, target}) {
+        if (handler->checkOptions) {
+            if (const int code = handler->checkOptions(line))
+                return code;
+        }
+    }
+    if (const int code = checkManuscriptOptions(line))
+        return code;
+
     QByteArray bytes;
     if (!readInput(input, bytes))
         return ExitFailure;
-    const std::optional<ConvertDocument> document = source->read(bytes, input, line);
+    std::optional<ConvertDocument> document = source->read(bytes, input, line);
     if (!document)
         return ExitFailure;
+    if (document->splitInto != folderOutput) {
+        return line.usageError(
+            folderOutput ? QStringLiteral("%1 is a folder: only a split (--split-by) writes into one").arg(output)
+                         : QStringLiteral("a split writes one file per piece: -o names a folder (DIR/)"));
+    }
+    if (folderOutput)
+        return writePieces(*document, output, *target, line);
+    document->text = applyManuscriptOptions(line, document->text);
     return target->write(*document, output, line);
 }
 

@@ -26,6 +26,7 @@ const Command Commands[] = {
     {"comments", qly::tool::runComments, false, "the comments of a comments side file"},
     {"convert", qly::tool::runConvert, true, "documents between formats; stored texts for word processors"},
     {"notes", qly::tool::runNotes, false, "the notes tagged in a text"},
+    {"screenplay", qly::tool::runScreenplay, false, "the elements of a plain-text screenplay"},
 };
 
 void printUsage(FILE* stream)

@@ -5,9 +5,8 @@ namespace qly::tool {
 const std::vector<DocumentFormatHandler>& documentFormatHandlers()
 {
     static const std::vector<DocumentFormatHandler> handlers{
-        plainTextFormatHandler(),
-        rtfFormatHandler(),
-        wordRTFFormatHandler(),
+        plainTextFormatHandler(), rtfFormatHandler(),           wordRTFFormatHandler(),
+        markdownFormatHandler(),  multiMarkdownFormatHandler(), screenplayFormatHandler(),
     };
     return handlers;
 }

@@ -20,10 +20,21 @@ namespace qly::tool {
 
 /// A document on its way through qly convert.
 struct ConvertDocument {
+    ConvertDocument() = default;
+    ConvertDocument(AttributedString text_, QVariantMap documentAttributes_, QString inputPath_)
+        : text(std::move(text_)), documentAttributes(std::move(documentAttributes_)), inputPath(std::move(inputPath_))
+    {
+    }
+
     AttributedString text;
     QVariantMap documentAttributes;
     /// The input's path ("-" for standard input): where side files and relative links are found.
     QString inputPath;
+    /// Set by a reader that cut the document into pieces (a screenplay by scenes): each piece is
+    /// written as a document of its own into the output folder.
+    QList<AttributedString> pieces;
+    /// True when the reader was asked to cut the document (even if it found nothing to cut).
+    bool splitInto = false;
 };
 
 struct DocumentFormatHandler {
@@ -33,6 +44,9 @@ struct DocumentFormatHandler {
     QStringList extensions;
     /// Options only this format reads; set with another format they are a usage error.
     QList<QCommandLineOption> options;
+    /// Checks the values of those options before anything is read; returns ExitSuccess or, after
+    /// printing why, ExitUsage. May be empty.
+    std::function<int(const CommandLine& line)> checkOptions;
     /// Reads a document from the input's bytes; nothing (after printing why) when it cannot.
     /// Empty for a format that is only written.
     std::function<std::optional<ConvertDocument>(const QByteArray& bytes, const QString& inputPath,
@@ -49,6 +63,12 @@ const std::vector<DocumentFormatHandler>& documentFormatHandlers();
 DocumentFormatHandler plainTextFormatHandler();
 DocumentFormatHandler rtfFormatHandler();
 DocumentFormatHandler wordRTFFormatHandler();
+DocumentFormatHandler markdownFormatHandler();
+DocumentFormatHandler multiMarkdownFormatHandler();
+DocumentFormatHandler screenplayFormatHandler();
+
+/// UTF-8 text without a leading byte-order mark.
+QString textFromUTF8(const QByteArray& bytes);
 
 /// Prints the warnings of a conversion step, each naming the input.
 void printWarnings(const QString& inputPath, const QStringList& warnings);

@@ -23,6 +23,14 @@ inline const QString ToolTipAttributeName = QStringLiteral("NSToolTip"); ///< QS
 inline const QString ObliquenessAttributeName = QStringLiteral("NSObliqueness");
 inline const QString ExpansionAttributeName = QStringLiteral("NSExpansion");
 
+/// Underline and strikethrough styles as the platform numbers them.
+enum UnderlineStyle : int {
+    UnderlineStyleNone = 0,
+    UnderlineStyleSingle = 1,
+    UnderlineStyleThick = 2,
+    UnderlineStyleDouble = 9,
+};
+
 /// The attachment character that an attachment attribute sits on.
 inline constexpr char16_t AttachmentCharacter = 0xFFFC;
 
