@@ -62,7 +62,8 @@ bool hasDifferences(const AttributedString& merged)
 {
     bool found = false;
     merged.enumerateAttribute(XQChangedTextAttributeName, Range{0, merged.length()}, [&](const QVariant& value, Range) {
-        found = value.isValid();
+        const QString change = value.toString();
+        found = change == XQChangedTextOld || change == XQChangedTextNew;
         return !found;
     });
     return found;
