@@ -51,6 +51,12 @@ TEST(DiffMarkup, ChangedStretchesGoBetweenTheirMarkers)
          red + QStringLiteral("a") + R + QStringLiteral("\r\n") + red + QStringLiteral("b") + R + QStringLiteral("\n")
              + blue + QStringLiteral("c") + R + QStringLiteral("\u2029") + blue + QStringLiteral("d") + R,
          true},
+        // A blank line inside a stretch gets no empty pair of colours.
+        {"blank line",
+         {{QStringLiteral("x\n\ny"), N}},
+         QStringLiteral("{+x\n\ny+}"),
+         blue + QStringLiteral("x") + R + QStringLiteral("\n\n") + blue + QStringLiteral("y") + R,
+         true},
         // Another value of the attribute is no change.
         {"unknown value",
          {{QStringLiteral("x"), QStringLiteral("Other")}},

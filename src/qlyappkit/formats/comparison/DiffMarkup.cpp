@@ -22,39 +22,40 @@ QString textMarkingDifferences(const AttributedString& merged, const DiffTextMar
     const QString text = merged.substring(Range{0, merged.length()});
     QString out;
     out.reserve(text.size() + text.size() / 8);
-    merged.enumerateAttribute(
-        XQChangedTextAttributeName, Range{0, merged.length()}, [&](const QVariant& value, Range r) {
-            const QStringView stretch = QStringView(text).sliced(r.location, r.length);
-            const QString change = value.toString();
-            const bool removed = change == XQChangedTextOld, added = change == XQChangedTextNew;
-            if (!removed && !added) {
-                out.append(stretch);
-                return true;
-            }
-            const QString& start = removed ? markers.removedStart : markers.addedStart;
-            const QString& end = removed ? markers.removedEnd : markers.addedEnd;
+    auto mark = [&](const QVariant& value, Range r) {
+        const QStringView stretch = QStringView(text).sliced(r.location, r.length);
+        const QString change = value.toString();
+        const bool removed = change == XQChangedTextOld, added = change == XQChangedTextNew;
+        if (!removed && !added) {
+            out.append(stretch);
+            return true;
+        }
+        const QString& start = removed ? markers.removedStart : markers.addedStart;
+        const QString& end = removed ? markers.removedEnd : markers.addedEnd;
+        if (!markers.closeAtLineBreaks) {
             out.append(start);
-            if (!markers.closeAtLineBreaks) {
-                out.append(stretch);
-            } else {
-                for (qsizetype i = 0; i < stretch.size(); ++i) {
-                    if (!isLineTerminator(stretch[i])) {
-                        out.append(stretch[i]);
-                        continue;
-                    }
-                    out.append(end);
-                    out.append(stretch[i]);
-                    if (stretch[i] == u'\r' && i + 1 < stretch.size() && stretch[i + 1] == u'\n')
-                        out.append(stretch[++i]);
-                    if (i + 1 < stretch.size())
-                        out.append(start);
-                    else
-                        return true; // the stretch ended with the line break: nothing left to mark
-                }
-            }
+            out.append(stretch);
             out.append(end);
             return true;
-        });
+        }
+        // Opened only before something visible, so that a blank line inside a stretch stays bare.
+        bool open = false;
+        for (QChar c : stretch) {
+            if (isLineTerminator(c)) {
+                if (open)
+                    out.append(end);
+                open = false;
+            } else if (!open) {
+                out.append(start);
+                open = true;
+            }
+            out.append(c);
+        }
+        if (open)
+            out.append(end);
+        return true;
+    };
+    merged.enumerateAttribute(XQChangedTextAttributeName, Range{0, merged.length()}, mark);
     return out;
 }
 
