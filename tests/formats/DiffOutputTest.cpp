@@ -87,3 +87,32 @@ TEST(DiffOutput, OutputThatIsNotUTF8GivesNothing)
     EXPECT_FALSE(mergedTextFromDiffOutput(QByteArray("\xc3") + Sep.toUtf8() + QByteArray("\xa9")));
     EXPECT_TRUE(mergedTextFromDiffOutput(QByteArray("\xc3\xa9") + Sep.toUtf8()));
 }
+
+// The tool's output arrives in blocks of any size: a separator or a character cut between two blocks
+// must come out as from the whole output.
+TEST(DiffOutput, BlocksOfAnySizeStripLikeTheWhole)
+{
+    const QByteArray output = (QStringLiteral("na\u00efve") + Sep + OS + QStringLiteral("\u6771") + Sep + OE + NS
+                               + QStringLiteral("\U0001F600 x") + Sep + NE + QStringLiteral("tail") + Sep.chopped(1))
+                                  .toUtf8();
+    const std::optional<MergedText> whole = mergedTextFromDiffOutput(output);
+    ASSERT_TRUE(whole);
+    for (qsizetype block = 1; block <= 40; ++block) {
+        SCOPED_TRACE(block);
+        SeparatorStripper stripper;
+        for (qsizetype at = 0; at < output.size(); at += block)
+            stripper.feed(output.mid(at, block));
+        const std::optional<QByteArray> stripped = stripper.finish();
+        ASSERT_TRUE(stripped);
+        const MergedText merged = mergedTextFromStrippedOutput(*stripped);
+        EXPECT_EQ(merged.text, whole->text);
+        EXPECT_EQ(stretches(merged, merged.removed), stretches(*whole, whole->removed));
+        EXPECT_EQ(stretches(merged, merged.added), stretches(*whole, whole->added));
+    }
+    // A character cut by a separator is found even when the separator ends a block.
+    const QByteArray cut = QByteArray("\xc3") + Sep.toUtf8();
+    SeparatorStripper stripper;
+    stripper.feed(cut);
+    stripper.feed(QByteArray("\xa9"));
+    EXPECT_FALSE(stripper.finish());
+}

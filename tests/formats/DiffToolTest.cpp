@@ -10,6 +10,15 @@ using namespace qly;
 using namespace qly::difftest;
 using namespace qly::difftool;
 
+namespace {
+
+SideWriter writing(const QByteArray& bytes)
+{
+    return [bytes](QIODevice& file) { return file.write(bytes) == bytes.size(); };
+}
+
+} // namespace
+
 TEST(DiffTool, TheFourGroupFormatsThenThePaths)
 {
     EXPECT_EQ(
@@ -34,8 +43,8 @@ TEST(DiffTool, UniqueFilesTakeTheNextFreeNumberAndNeverFollowALink)
     const QString target = dir.filePath(QStringLiteral("elsewhere"));
     ASSERT_TRUE(QFile::link(target, dir.filePath(QStringLiteral("DiffTextOld-1.txt"))));
     Error error;
-    const std::optional<QString> path =
-        createUniqueFile(folder.path(), QStringLiteral("DiffTextOld"), QStringLiteral(".txt"), "bytes", &error);
+    const std::optional<QString> path = createUniqueFile(folder.path(), QStringLiteral("DiffTextOld"),
+                                                         QStringLiteral(".txt"), writing("bytes"), &error);
     ASSERT_TRUE(path) << error.localizedRecoverySuggestion.toStdString();
     EXPECT_EQ(*path, dir.filePath(QStringLiteral("DiffTextOld-2.txt")));
     QFile file(*path);
@@ -45,7 +54,7 @@ TEST(DiffTool, UniqueFilesTakeTheNextFreeNumberAndNeverFollowALink)
 
     // A folder that takes no files gives the creation's error, naming the file.
     const std::optional<QString> refused = createUniqueFile(QStringLiteral("/proc/self"), QStringLiteral("DiffTextNew"),
-                                                            QStringLiteral(".txt"), "x", &error);
+                                                            QStringLiteral(".txt"), writing("x"), &error);
     EXPECT_FALSE(refused);
     EXPECT_EQ(error.domain, XQFileErrorDomain);
     EXPECT_EQ(error.code, XQFileCannotOpenError);

@@ -9,35 +9,61 @@ namespace qly::diffoutput {
 
 namespace {
 
-// The output without its separators, worked on as bytes: the separator is ASCII and ends with the
-// only line feed it holds, so every occurrence ends at a line feed and no two overlap.
-QByteArray withoutSeparators(const QByteArray& output)
+const QByteArray& separatorBytes()
 {
     static const QByteArray Separator = XQDiffChunkSeparatorString.toUtf8();
-    const char* data = output.constData();
-    const qsizetype n = output.size(), separatorSize = Separator.size();
-    QByteArray out;
-    out.resize(n);
-    char* to = out.data();
-    qsizetype copied = 0; // output consumed up to here
-    for (qsizetype from = 0; from < n;) {
-        const void* found = std::memchr(data + from, '\n', size_t(n - from));
+    return Separator;
+}
+
+bool isContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+} // namespace
+
+void SeparatorStripper::feed(const char* data, qsizetype size)
+{
+    const QByteArray& separator = separatorBytes();
+    const qsizetype separatorSize = separator.size();
+    m_buffer.append(data, size);
+    char* b = m_buffer.data();
+    const qsizetype n = m_buffer.size();
+    qsizetype read = m_stripped, write = m_stripped;
+    if (m_checkNextByte && read < n) {
+        m_splitCharacter = m_splitCharacter || isContinuationByte(b[read]);
+        m_checkNextByte = false;
+    }
+    for (;;) {
+        const void* found = std::memchr(b + read, '\n', size_t(n - read));
         if (!found)
             break;
-        const qsizetype lineFeed = static_cast<const char*>(found) - data;
-        const qsizetype start = lineFeed + 1 - separatorSize;
-        if (start >= copied && std::memcmp(data + start, Separator.constData(), size_t(separatorSize)) == 0) {
-            std::memcpy(to, data + copied, size_t(start - copied));
-            to += start - copied;
-            copied = lineFeed + 1;
+        const qsizetype lineEnd = static_cast<const char*>(found) - b + 1;
+        qsizetype keep = lineEnd;
+        if (lineEnd - read >= separatorSize
+            && std::memcmp(b + lineEnd - separatorSize, separator.constData(), size_t(separatorSize)) == 0) {
+            keep = lineEnd - separatorSize;
+            // ASCII cannot stand inside a character: a continuation byte after the separator means the
+            // output was not UTF-8, even though the stripped bytes may be.
+            if (lineEnd < n)
+                m_splitCharacter = m_splitCharacter || isContinuationByte(b[lineEnd]);
+            else
+                m_checkNextByte = true;
         }
-        from = lineFeed + 1;
+        std::memmove(b + write, b + read, size_t(keep - read));
+        write += keep - read;
+        read = lineEnd;
     }
-    std::memcpy(to, data + copied, size_t(n - copied));
-    to += n - copied;
-    out.truncate(to - out.constData());
-    return out;
+    std::memmove(b + write, b + read, size_t(n - read));
+    m_buffer.truncate(write + (n - read));
+    m_stripped = write;
 }
+
+std::optional<QByteArray> SeparatorStripper::finish()
+{
+    if (m_splitCharacter || !QByteArrayView(m_buffer).isValidUtf8())
+        return std::nullopt;
+    return std::move(m_buffer);
+}
+
+namespace {
 
 struct TagPass {
     QString text;
@@ -95,11 +121,9 @@ private:
 
 } // namespace
 
-std::optional<MergedText> mergedTextFromDiffOutput(const QByteArray& output)
+MergedText mergedTextFromStrippedOutput(const QByteArray& stripped)
 {
-    if (!QByteArrayView(output).isValidUtf8())
-        return std::nullopt;
-    const QString joined = QString::fromUtf8(withoutSeparators(output));
+    const QString joined = QString::fromUtf8(stripped);
     TagPass removed = deleteTags(joined, XQDiffOldTextStartTag, XQDiffOldTextEndTag);
     TagPass added = deleteTags(removed.text, XQDiffNewTextStartTag, XQDiffNewTextEndTag);
     MergedText merged;
@@ -111,6 +135,16 @@ std::optional<MergedText> mergedTextFromDiffOutput(const QByteArray& output)
     merged.text = std::move(added.text);
     merged.added = std::move(added.marked);
     return merged;
+}
+
+std::optional<MergedText> mergedTextFromDiffOutput(const QByteArray& output)
+{
+    SeparatorStripper stripper;
+    stripper.feed(output);
+    const std::optional<QByteArray> stripped = stripper.finish();
+    if (!stripped)
+        return std::nullopt;
+    return mergedTextFromStrippedOutput(*stripped);
 }
 
 } // namespace qly::diffoutput

@@ -1,5 +1,6 @@
 #include <qlyappkit/formats/comparison/DiffPreparation.h>
 
+#include <QIODevice>
 #include <QSet>
 #include <QStringEncoder>
 #include <cstring>
@@ -23,13 +24,21 @@ private:
     QString m_out;
 };
 
+// UTF-8 into a buffer that is either kept whole or, with a device, written out whenever it holds a
+// block, so that a long text passes through a small buffer that stays in the cache.
 class Utf8Sink {
 public:
-    explicit Utf8Sink(qsizetype expected) { m_out.resize(expected); }
+    Utf8Sink(qsizetype expected, QIODevice* device) : m_device(device)
+    {
+        m_out.resize(device ? BlockSize * 2 : expected);
+    }
     void piece(QStringView text)
     {
+        if (text.isEmpty())
+            return;
         reserve(m_encoder.requiredSpace(text.size()));
         m_used = m_encoder.appendToBuffer(m_out.data() + m_used, text) - m_out.data();
+        written();
     }
     void separator()
     {
@@ -37,6 +46,15 @@ public:
         reserve(Separator.size());
         std::memcpy(m_out.data() + m_used, Separator.constData(), size_t(Separator.size()));
         m_used += Separator.size();
+        written();
+    }
+    /// True when anything was written and the last byte is not a line feed.
+    bool endsInsideALine() const { return m_any && m_last != '\n'; }
+    /// The device: writes what is left; false when any write failed.
+    bool finish()
+    {
+        flush();
+        return m_ok;
     }
     QByteArray take()
     {
@@ -45,14 +63,34 @@ public:
     }
 
 private:
+    static constexpr qsizetype BlockSize = 256 * 1024;
+
+    void written()
+    {
+        m_any = true;
+        m_last = m_out.at(m_used - 1);
+        if (m_device && m_used >= BlockSize)
+            flush();
+    }
+    void flush()
+    {
+        if (m_device && m_used > 0) {
+            m_ok = m_ok && m_device->write(m_out.constData(), m_used) == m_used;
+            m_used = 0;
+        }
+    }
     void reserve(qsizetype more)
     {
         if (m_used + more > m_out.size())
             m_out.resize(std::max(m_out.size() * 2, m_used + more));
     }
+    QIODevice* m_device;
     QByteArray m_out;
     qsizetype m_used = 0;
     QStringEncoder m_encoder{QStringEncoder::Utf8};
+    bool m_any = false;
+    char m_last = 0;
+    bool m_ok = true;
 };
 
 template <typename Sink> void appendWords(QStringView text, Sink& sink)
@@ -124,17 +162,20 @@ template <typename Sink> void separate(QStringView text, QStringView other, XQDi
     });
 }
 
-// Room for the text and, when it is cut, a separator every few characters; the sinks grow past it.
+// Room for the UTF-8 of the text and, when it is cut into words, a separator every three or four
+// characters, so that the buffer seldom grows; memory reserved and never written costs nothing.
 qsizetype expectedSize(QStringView text, XQDiffType type)
 {
-    return (type & (XQDiffTypeClauses | XQDiffTypeWords)) ? text.size() * 8 + 64 : text.size() * 3 + 64;
+    if (type & XQDiffTypeWords)
+        return text.size() * 16 + 64;
+    return type & XQDiffTypeClauses ? text.size() * 4 + 64 : text.size() * 3 + 64;
 }
 
 } // namespace
 
 QString stringSeparatedForDiffByComparisonToString(const QString& text, const QString& other, XQDiffType type)
 {
-    StringSink sink(expectedSize(text, type));
+    StringSink sink(text.size()); // a text the caller keeps: grown as needed, not reserved ahead
     separate(text, other, type, sink);
     return sink.take();
 }
@@ -143,9 +184,18 @@ namespace diffprep {
 
 QByteArray utf8SeparatedForDiff(QStringView text, QStringView other, XQDiffType type)
 {
-    Utf8Sink sink(expectedSize(text, type));
+    Utf8Sink sink(expectedSize(text, type), nullptr);
     separate(text, other, type, sink);
     return sink.take();
+}
+
+bool writeSeparatedForDiff(QIODevice& device, QStringView text, QStringView other, XQDiffType type)
+{
+    Utf8Sink sink(0, &device);
+    separate(text, other, type, sink);
+    if (sink.endsInsideALine())
+        sink.separator();
+    return sink.finish();
 }
 
 } // namespace diffprep

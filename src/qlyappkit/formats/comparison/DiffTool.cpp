@@ -61,7 +61,7 @@ QStringList diffToolArguments(const QString& oldPath, const QString& newPath)
 }
 
 std::optional<QString> createUniqueFile(const QString& folder, const QString& name, const QString& extension,
-                                        const QByteArray& bytes, Error* error)
+                                        const SideWriter& write, Error* error)
 {
     for (int attempt = 0; attempt < MaximumNameAttempts; ++attempt) {
         const QString path = QDir(folder).filePath(
@@ -76,7 +76,7 @@ std::optional<QString> createUniqueFile(const QString& folder, const QString& na
         }
         // The name is ours alone from here on, and the tool reads the file only after it is closed, so a
         // plain write is as safe as an atomic one, and spares a disk sync of a file about to be removed.
-        if (file.write(bytes) != bytes.size() || !file.flush()) {
+        if (!write(file) || !file.flush()) {
             const QString reason = file.errorString();
             file.close();
             QFile::remove(path);
@@ -91,28 +91,29 @@ std::optional<QString> createUniqueFile(const QString& folder, const QString& na
     return std::nullopt;
 }
 
-std::optional<QByteArray> runDiffTool(const QByteArray& oldSide, const QByteArray& newSide, Error* error)
+bool runDiffTool(const SideWriter& writeOld, const SideWriter& writeNew, const OutputReader& read, Error* error)
 {
     const QString folder = QDir::tempPath();
     if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
         setError(error, QString(), 0, localized(XQDiffNoTemporaryDirectoryDescription),
                  localized(XQDiffNoTemporaryDirectorySuggestion));
-        return std::nullopt;
+        return false;
     }
     TemporaryFiles files;
     const std::optional<QString> oldPath =
-        createUniqueFile(folder, fileNameFor(XQDiffOldFileNameKey), XQDiffFileExtension, oldSide, error);
+        createUniqueFile(folder, fileNameFor(XQDiffOldFileNameKey), XQDiffFileExtension, writeOld, error);
     if (!oldPath)
-        return std::nullopt;
+        return false;
     files.add(*oldPath);
     const std::optional<QString> newPath =
-        createUniqueFile(folder, fileNameFor(XQDiffNewFileNameKey), XQDiffFileExtension, newSide, error);
+        createUniqueFile(folder, fileNameFor(XQDiffNewFileNameKey), XQDiffFileExtension, writeNew, error);
     if (!newPath)
-        return std::nullopt;
+        return false;
     files.add(*newPath);
 
     // An argument list, never a shell. Standard error is a pipe of its own that the process object
-    // drains while it waits, so the tool never blocks on it; what it said is kept for the log.
+    // drains while it waits, so the tool never blocks on it; what it said is kept for the log. The
+    // output is taken as it comes, so the reader works while the tool does.
     QProcess process;
     process.setStandardInputFile(QProcess::nullDevice());
     process.start(XQDiffToolPath, diffToolArguments(*oldPath, *newPath), QIODevice::ReadOnly);
@@ -120,19 +121,21 @@ std::optional<QByteArray> runDiffTool(const QByteArray& oldSide, const QByteArra
         qWarning("Text comparison: %s could not be started: %s", qPrintable(XQDiffToolPath),
                  qPrintable(process.errorString()));
         setToolError(error);
-        return std::nullopt;
+        return false;
     }
+    while (process.waitForReadyRead(-1))
+        read(process.readAllStandardOutput());
     process.waitForFinished(-1);
-    QByteArray output = process.readAllStandardOutput();
+    read(process.readAllStandardOutput());
     // Differences make the exit status 1; a crash or a status above 1 means the tool failed, and its
     // output cannot be trusted to hold both texts.
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() > 1) {
         qWarning("Text comparison: %s failed (exit status %d): %s", qPrintable(XQDiffToolPath), process.exitCode(),
                  process.readAllStandardError().trimmed().constData());
         setToolError(error);
-        return std::nullopt;
+        return false;
     }
-    return output;
+    return true;
 }
 
 } // namespace qly::difftool

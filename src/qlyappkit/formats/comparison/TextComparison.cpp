@@ -93,34 +93,28 @@ std::optional<AttributedString> attributedStringShowingDifferencesFrom(const Att
         oldText = diffescape::escaped(oldText, *escapes);
     }
 
-    QByteArray oldSide = diffprep::utf8SeparatedForDiff(oldText, newText, type);
-    QByteArray newSide = diffprep::utf8SeparatedForDiff(newText, oldText, type);
-    // The tool prints a last line that lacks a line feed with one added, which would put a character
-    // into the merged text that neither version has. A separator completes that line instead, and is
-    // deleted with the others.
-    static const QByteArray Separator = XQDiffChunkSeparatorString.toUtf8();
-    for (QByteArray* side : {&oldSide, &newSide}) {
-        if (!side->isEmpty() && !side->endsWith('\n'))
-            side->append(Separator);
-    }
-
-    const std::optional<QByteArray> output = difftool::runDiffTool(oldSide, newSide, error);
-    if (!output)
+    diffoutput::SeparatorStripper stripper;
+    const bool ran = difftool::runDiffTool(
+        [&](QIODevice& file) { return diffprep::writeSeparatedForDiff(file, oldText, newText, type); },
+        [&](QIODevice& file) { return diffprep::writeSeparatedForDiff(file, newText, oldText, type); },
+        [&](const QByteArray& block) { stripper.feed(block); }, error);
+    if (!ran)
         return std::nullopt;
-    std::optional<diffoutput::MergedText> merged = diffoutput::mergedTextFromDiffOutput(*output);
-    if (!merged) {
+    const std::optional<QByteArray> stripped = stripper.finish();
+    if (!stripped) {
         setOutputError(error);
         return std::nullopt;
     }
-    diffescape::unescape(merged->text, *escapes);
+    diffoutput::MergedText merged = diffoutput::mergedTextFromStrippedOutput(*stripped);
+    diffescape::unescape(merged.text, *escapes);
 
-    AttributedString result(merged->text, baseAttributesOf(newer));
+    AttributedString result(merged.text, baseAttributesOf(newer));
     const Attributes removed = removedTextAttributes(diffAttributes), added = addedTextAttributes(diffAttributes);
-    for (const Range& range : merged->removed) {
+    for (const Range& range : merged.removed) {
         if (!range.isEmpty())
             result.addAttributes(removed, range);
     }
-    for (const Range& range : merged->added) {
+    for (const Range& range : merged.added) {
         if (!range.isEmpty())
             result.addAttributes(added, range);
     }
