@@ -1,0 +1,115 @@
+#include <qlyappkit/formats/outline/XQOutlineController.h>
+#include <qlyappkit/platform/strings/NumberParsing.h>
+
+#include <QHash>
+
+#include <algorithm>
+
+#include <vector>
+
+namespace qly {
+
+namespace {
+
+const QChar NumberSeparator = u'-';
+
+QString candidateTitle(const QString& base, qint64 number)
+{
+    return number == 0 ? base : base + NumberSeparator + QString::number(number);
+}
+
+} // namespace
+
+QString XQOutlineController::basenameFromTitle(const QString& title, qint64* currentNumber)
+{
+    qint64 number = 0;
+    QString base = title;
+    const qsizetype dash = title.lastIndexOf(NumberSeparator);
+    if (dash >= 0 && dash + 1 < title.size()) {
+        const QStringView digits = QStringView(title).mid(dash + 1);
+        if (std::all_of(digits.begin(), digits.end(), [](QChar c) { return c.isDigit(); })) {
+            number = stringIntegerValue(digits);
+            if (number != 0)
+                base = title.left(dash);
+        }
+    }
+    if (currentNumber)
+        *currentNumber = number;
+    return base;
+}
+
+void XQOutlineController::makeTitleOfItemUnique(const XQBaseNodePtr& item) const
+{
+    if (!item)
+        return;
+    const XQBaseNodePtr parent = item->parent();
+    const XQBaseNodeList& siblings = parent ? parent->children() : m_contents;
+    std::vector<QString> others;
+    others.reserve(size_t(siblings.size()));
+    for (const XQBaseNodePtr& sibling : siblings) {
+        if (sibling != item)
+            others.push_back(sibling->title().toLower());
+    }
+    qint64 number = 0;
+    const QString base = basenameFromTitle(item->title(), &number);
+    QString candidate;
+    for (;;) {
+        candidate = candidateTitle(base, number);
+        const QString lowered = candidate.toLower();
+        const auto matches = std::count(others.begin(), others.end(), lowered);
+        if (matches == 0)
+            break;
+        number += matches;
+    }
+    if (candidate != item->title())
+        item->setTitle(candidate);
+}
+
+void XQOutlineController::makeTitlesUniqueAmongSiblings(const XQBaseNodeList& siblings)
+{
+    // How many entries of the list carry each lower-cased title, and how often each node is listed
+    // (a node listed twice is still not its own sibling).
+    QHash<QString, qsizetype> titles;
+    QHash<const XQBaseNode*, qsizetype> occurrences;
+    titles.reserve(siblings.size());
+    for (const XQBaseNodePtr& node : siblings) {
+        ++titles[node->title().toLower()];
+        ++occurrences[node.get()];
+    }
+    for (const XQBaseNodePtr& item : siblings) {
+        const qsizetype own = occurrences.value(item.get());
+        const QString ownLowered = item->title().toLower();
+        qint64 number = 0;
+        const QString base = basenameFromTitle(item->title(), &number);
+        QString candidate;
+        for (;;) {
+            candidate = candidateTitle(base, number);
+            const QString lowered = candidate.toLower();
+            const qsizetype matches = titles.value(lowered) - (lowered == ownLowered ? own : 0);
+            if (matches == 0)
+                break;
+            number += matches;
+        }
+        if (candidate == item->title())
+            continue;
+        if ((titles[ownLowered] -= own) == 0)
+            titles.remove(ownLowered);
+        titles[candidate.toLower()] += own;
+        item->setTitle(candidate);
+    }
+}
+
+void XQOutlineController::makeAllTitlesUnique() const
+{
+    makeTitlesUniqueAmongSiblings(m_contents);
+    for (const XQBaseNodePtr& top : m_contents) {
+        if (top->childCount() > 0)
+            makeTitlesUniqueAmongSiblings(top->children());
+        for (const XQBaseNodePtr& node : top->descendants()) {
+            if (node->childCount() > 0)
+                makeTitlesUniqueAmongSiblings(node->children());
+        }
+    }
+}
+
+} // namespace qly
