@@ -26,6 +26,7 @@ const Command Commands[] = {
     {"comments", qly::tool::runComments, false, "the comments of a comments side file"},
     {"convert", qly::tool::runConvert, true, "documents between formats; stored texts for word processors"},
     {"notes", qly::tool::runNotes, false, "the notes tagged in a text"},
+    {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
 };
 
 void printUsage(FILE* stream)
