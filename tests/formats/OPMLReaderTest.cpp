@@ -132,17 +132,24 @@ TEST(OPMLReader, AttributeDecodingMatchesReplacingOneEscapeAfterAnother)
 {
     // Random strings dense in escape fragments: one left-to-right pass must give what six whole-string
     // replacements in order give.
-    const QStringList pieces = {QStringLiteral("&"),     QStringLiteral("amp;"),  QStringLiteral("AMP;"),
-                                QStringLiteral("lt;"),   QStringLiteral("gt;"),   QStringLiteral("#10;"),
-                                QStringLiteral("quot;"), QStringLiteral("apos;"), QStringLiteral("x"),
-                                QStringLiteral(";"),     QStringLiteral("#1"),    QStringLiteral("&a")};
+    const QStringList pieces = {QStringLiteral("&"),      QStringLiteral("amp;"),  QStringLiteral("AMP;"),
+                                QStringLiteral("lt;"),    QStringLiteral("gt;"),   QStringLiteral("#10;"),
+                                QStringLiteral("quot;"),  QStringLiteral("apos;"), QStringLiteral("x"),
+                                QStringLiteral("\u00e9"), QStringLiteral(";"),     QStringLiteral("#1"),
+                                QStringLiteral("&a")};
     QRandomGenerator random(7);
     for (int round = 0; round < 5000; ++round) {
         QString s;
         const int count = random.bounded(1, 12);
         for (int i = 0; i < count; ++i)
             s += pieces[random.bounded(int(pieces.size()))];
-        ASSERT_EQ(stringByTranslatingOPMLTagsFromString(s), sequentialAttributeDecoding(s)) << s.toStdString();
+        const QString expected = sequentialAttributeDecoding(s);
+        ASSERT_EQ(stringByTranslatingOPMLTagsFromString(s), expected) << s.toStdString();
+        // The reader decodes the UTF-8 bytes directly.
+        const QByteArray utf8 = s.toUtf8();
+        QByteArray decoded = "kept:";
+        appendTranslatingOPMLTags(decoded, utf8.constData(), utf8.size());
+        ASSERT_EQ(QString::fromUtf8(decoded), QStringLiteral("kept:") + expected) << s.toStdString();
     }
 }
 
@@ -251,7 +258,12 @@ TEST(OPMLReader, ReadsTheSampleFileInOtherEncodingsToo)
     const XQOPMLItem& part = storage->item(storage->body()[0]);
     EXPECT_EQ(part.attributes.value(QStringLiteral("_note")),
               QStringLiteral("Autumn 1911.\nEverything happens within sight of the lamp."));
-    EXPECT_EQ(storage->items().size(), 11u);
+    EXPECT_EQ(storage->itemCount(), 11);
+    EXPECT_EQ(storage->attributeValue(storage->body()[1], QStringLiteral("type")), QStringLiteral("part"));
+    EXPECT_EQ(storage->attributeValue(storage->body()[1], QStringLiteral("_note"), QStringLiteral("none")),
+              QStringLiteral("none"));
+    EXPECT_EQ(storage->nextSibling(storage->body()[0]), -1) << "top-level items are listed by body(), not linked";
+    EXPECT_EQ(storage->children(storage->body()[1]).size(), 2);
 
     // The same outline as UTF-16 with a byte-order mark, and a Latin-1 title declared as such.
     const QString text =
@@ -261,7 +273,7 @@ TEST(OPMLReader, ReadsTheSampleFileInOtherEncodingsToo)
     const std::optional<XQOPMLStorage> wide = XQOPMLStorage::initWithData(utf16);
     ASSERT_TRUE(wide);
     EXPECT_EQ(wide->head(), storage->head());
-    EXPECT_EQ(wide->items().size(), storage->items().size());
+    EXPECT_EQ(wide->itemCount(), storage->itemCount());
     const std::optional<XQOPMLStorage> latin1 = XQOPMLStorage::initWithData(
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><opml><head><title>Caf\xE9</title></head><body/></opml>");
     ASSERT_TRUE(latin1);
@@ -323,7 +335,7 @@ TEST(OPMLReader, DeepNestingAndHugeAttributesAreReadWithoutRecursion)
     deep += "</body></opml>";
     {
         const XQOPMLStorage storage = read(deep);
-        ASSERT_EQ(storage.items().size(), size_t(Depth));
+        ASSERT_EQ(storage.itemCount(), Depth);
         qsizetype index = storage.body().constFirst();
         int depth = 1;
         while (!storage.item(index).children.isEmpty()) {
@@ -333,7 +345,7 @@ TEST(OPMLReader, DeepNestingAndHugeAttributesAreReadWithoutRecursion)
         EXPECT_EQ(depth, Depth);
         EXPECT_EQ(storage.item(index).attributes.value(QStringLiteral("text")), QString::number(Depth - 1));
         const XQOPMLStorage copy = storage; // copying and destroying are flat too
-        EXPECT_EQ(copy.items().size(), storage.items().size());
+        EXPECT_EQ(copy.itemCount(), storage.itemCount());
         // The dictionary form stops at its depth bound instead of building a value too deep to destroy.
         QVariantMap dictionary = storage.itemDictionary(storage.body().constFirst(), 3);
         dictionary = dictionary.value(XQOPMLChildren).toList().value(0).toMap();

@@ -284,6 +284,17 @@ TEST(XQBaseNode, OrderingComparesDigitRunsByValue)
     parent->sortChildrenUsingSelector(&XQBaseNode::reverseCaseInsensitiveCompare);
     EXPECT_EQ(titles(parent->children()), (QStringList{"item 20", "item 10", "Item 2", "Item 1", "item 1"}));
     expectParentLinks(parent);
+
+    // Every level below, not only the children.
+    const XQBaseNodePtr b = node(QStringLiteral("b")), item10 = node(QStringLiteral("Item 10"));
+    const XQBaseNodePtr top = node(QStringLiteral("T"));
+    top->setChildren({b, node(QStringLiteral("a"))});
+    b->setChildren({item10, node(QStringLiteral("Item 9"))});
+    item10->setChildren({node(QStringLiteral("z")), node(QStringLiteral("y"))});
+    top->sortAllChildrenUsingSelector(&XQBaseNode::compare);
+    EXPECT_EQ(titles(top->children()), (QStringList{"a", "b"}));
+    EXPECT_EQ(titles(b->children()), (QStringList{"Item 9", "Item 10"}));
+    EXPECT_EQ(titles(item10->children()), (QStringList{"y", "z"}));
 }
 
 TEST(XQBaseNode, ArchivesInKeyOrderWithoutTheParentAndReadsBackTheSameBytes)

@@ -127,11 +127,8 @@ void sortAll(const XQBaseNodeList& top, XQBaseNodeList& sortedTop)
     std::stable_sort(sortedTop.begin(), sortedTop.end(), [](const XQBaseNodePtr& a, const XQBaseNodePtr& b) {
         return a->caseInsensitiveCompare(*b) == OrderedAscending;
     });
-    for (const XQBaseNodePtr& node : top) {
-        node->sortChildrenUsingSelector(&XQBaseNode::caseInsensitiveCompare);
-        for (const XQBaseNodePtr& below : node->descendants())
-            below->sortChildrenUsingSelector(&XQBaseNode::caseInsensitiveCompare);
-    }
+    for (const XQBaseNodePtr& node : top)
+        node->sortAllChildrenUsingSelector(&XQBaseNode::caseInsensitiveCompare);
 }
 
 } // namespace

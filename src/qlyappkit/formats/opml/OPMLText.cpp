@@ -31,28 +31,68 @@ bool endsEntityName(QChar c)
 
 } // namespace
 
-QString stringByTranslatingOPMLTagsFromString(const QString& string)
+namespace {
+
+bool startsWithIgnoringAsciiCase(QStringView text, QLatin1StringView prefix)
 {
-    qsizetype at = string.indexOf(u'&');
-    if (at < 0)
-        return string;
-    QString out;
-    out.reserve(string.size());
+    return text.startsWith(prefix, Qt::CaseInsensitive);
+}
+
+bool startsWithIgnoringAsciiCase(QByteArrayView text, QLatin1StringView prefix)
+{
+    if (text.size() < prefix.size())
+        return false;
+    for (qsizetype i = 0; i < prefix.size(); ++i) {
+        char c = text[i];
+        if (c >= 'A' && c <= 'Z')
+            c = char(c - 'A' + 'a');
+        if (c != prefix.at(i).toLatin1())
+            return false;
+    }
+    return true;
+}
+
+// One pass over text; emit(piece) receives the decoded text in pieces, a replaced escape as its
+// character (ASCII, so one code unit in either encoding).
+template <typename View, typename Emit> void translateOPMLTags(View text, Emit emit)
+{
     qsizetype copied = 0;
+    qsizetype at = text.indexOf('&');
     while (at >= 0) {
-        const QStringView rest = QStringView(string).mid(at + 1);
+        const View rest = text.sliced(at + 1);
         for (const Reference& escape : AttributeEscapes) {
-            if (rest.startsWith(escape.text, Qt::CaseInsensitive)) {
-                out += QStringView(string).mid(copied, at - copied);
-                out += escape.replacement;
+            if (startsWithIgnoringAsciiCase(rest, escape.text)) {
+                emit(text.sliced(copied, at - copied));
+                emit(escape.replacement.toLatin1());
                 copied = at + 1 + escape.text.size();
                 break;
             }
         }
-        at = string.indexOf(u'&', std::max(copied, at + 1));
+        at = text.indexOf('&', std::max(copied, at + 1));
     }
-    out += QStringView(string).mid(copied);
+    emit(text.sliced(copied));
+}
+
+} // namespace
+
+QString stringByTranslatingOPMLTagsFromString(const QString& string)
+{
+    if (!string.contains(u'&'))
+        return string;
+    QString out;
+    out.reserve(string.size());
+    translateOPMLTags(QStringView(string), [&out](auto piece) { out.append(piece); });
     return out;
+}
+
+void appendTranslatingOPMLTags(QByteArray& out, const char* utf8, qsizetype size)
+{
+    const QByteArrayView text(utf8, size);
+    if (!text.contains('&')) {
+        out.append(text);
+        return;
+    }
+    translateOPMLTags(text, [&out](auto piece) { out.append(piece); });
 }
 
 QString OPMLElementTextFromRawText(QStringView raw)

@@ -91,14 +91,44 @@ public:
         m_storage.m_head = std::move(header);
     }
 
-    void createBodyArrayFromTree(const pugi::xml_node& document)
+    void createBodyArrayFromTree(const pugi::xml_node& document, qsizetype bufferSize)
     {
         const pugi::xml_node body = bodyTreeFromTree(document);
         if (!body)
             throw NamedException(XQOPMLMissingBodyExceptionName, XQOPMLMissingBodyReason);
         m_storage.m_body.clear();
         m_storage.m_items.clear();
+        m_storage.m_attributes.clear();
+        m_storage.m_values.clear();
+        // Decoded values are never longer than the text they come from.
+        m_storage.m_values.reserve(bufferSize);
+        reserveForItemsBelow(body);
         addItemsFromTree(body);
+        m_storage.m_values.squeeze();
+    }
+
+    // Counts the outline elements and their attributes below tree (a flat walk over the parse tree),
+    // so that the item tables are allocated once.
+    void reserveForItemsBelow(const pugi::xml_node& tree)
+    {
+        size_t items = 0, attributes = 0;
+        pugi::xml_node node = tree.first_child();
+        while (node) {
+            if (isElementNamed(node, OutlineElementName)) {
+                ++items;
+                for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute())
+                    ++attributes;
+            }
+            if (node.first_child()) {
+                node = node.first_child();
+                continue;
+            }
+            while (node && node != tree && !node.next_sibling())
+                node = node.parent();
+            node = node && node != tree ? node.next_sibling() : pugi::xml_node();
+        }
+        m_storage.m_items.reserve(items);
+        m_storage.m_attributes.reserve(attributes);
     }
 
     // Walks the tree below `tree` in document order with an explicit stack (one frame per open item),
@@ -108,51 +138,95 @@ public:
         struct Frame {
             pugi::xml_node next; // the next child to look at
             qsizetype owner; // the item whose children are being read; -1 for the body
+            qsizetype lastChild; // the owner's last child item so far
         };
-        std::vector<Frame> stack{{tree.first_child(), -1}};
-        std::vector<XQOPMLItem>& items = m_storage.m_items;
+        std::vector<Frame> stack{{tree.first_child(), -1, -1}};
+        auto& items = m_storage.m_items;
         while (!stack.empty()) {
-            const pugi::xml_node child = stack.back().next;
+            Frame& frame = stack.back();
+            const pugi::xml_node child = frame.next;
             if (!child) {
                 stack.pop_back();
                 continue;
             }
-            const qsizetype owner = stack.back().owner;
-            stack.back().next = child.next_sibling();
+            frame.next = child.next_sibling();
             if (!isElementNamed(child, OutlineElementName))
                 continue; // skipped with everything below it
             const qsizetype index = qsizetype(items.size());
             items.emplace_back();
-            flattenItemAttributes(child, items.back().attributes);
-            (owner < 0 ? m_storage.m_body : items[size_t(owner)].children).append(index);
+            flattenItemAttributes(child, items.back());
+            if (frame.owner < 0)
+                m_storage.m_body.append(index);
+            else if (frame.lastChild < 0)
+                items[size_t(frame.owner)].firstChild = index;
+            else
+                items[size_t(frame.lastChild)].nextSibling = index;
+            frame.lastChild = index;
             if (const pugi::xml_node first = child.first_child()) {
                 items.back().hasChildNodes = true;
-                stack.push_back({first, index});
+                stack.push_back({first, index, -1}); // frame is not used after this
             }
         }
     }
 
-    void flattenItemAttributes(const pugi::xml_node& tree, XQOPMLDictionary& into)
+    // The element's attributes, values decoded, into the storage's tables. A name written twice keeps
+    // its first place and its last value.
+    void flattenItemAttributes(const pugi::xml_node& tree, XQOPMLStorage::ItemRecord& into)
     {
-        for (pugi::xml_attribute attribute = tree.first_attribute(); attribute; attribute = attribute.next_attribute())
-            into.insert(name(attribute.name()),
-                        stringByTranslatingOPMLTagsFromString(QString::fromUtf8(attribute.value())));
+        auto& attributes = m_storage.m_attributes;
+        into.firstAttribute = qsizetype(attributes.size());
+        constexpr size_t None = size_t(-1);
+        QHash<qint32, size_t> seen; // name → record, once the element has many attributes
+        for (pugi::xml_attribute attribute = tree.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+            const qint32 name = nameIndex(attribute.name());
+            const qsizetype offset = m_storage.m_values.size();
+            const char* raw = attribute.value();
+            appendTranslatingOPMLTags(m_storage.m_values, raw, qsizetype(std::strlen(raw)));
+            const XQOPMLStorage::AttributeRecord record{offset, m_storage.m_values.size() - offset, name};
+            size_t existing = None;
+            if (into.attributeCount < LinearAttributeLookup) {
+                for (size_t i = size_t(into.firstAttribute); i < attributes.size() && existing == None; ++i) {
+                    if (attributes[i].name == name)
+                        existing = i;
+                }
+            } else {
+                if (seen.isEmpty()) {
+                    for (size_t i = size_t(into.firstAttribute); i < attributes.size(); ++i)
+                        seen.insert(attributes[i].name, i);
+                }
+                existing = seen.value(name, None);
+            }
+            if (existing != None) {
+                attributes[existing] = record; // the earlier value's bytes stay unused
+                continue;
+            }
+            if (!seen.isEmpty())
+                seen.insert(name, attributes.size());
+            attributes.push_back(record);
+            ++into.attributeCount;
+        }
     }
 
 private:
+    static constexpr qint32 LinearAttributeLookup = 16;
+
     // Element and attribute names repeat on every item: each distinct name is made into a QString once
     // and shared from then on.
-    QString name(const char* utf8)
+    QString name(const char* utf8) { return m_storage.m_names[nameIndex(utf8)]; }
+    qint32 nameIndex(const char* utf8)
     {
         const QByteArrayView key(utf8);
         auto it = m_names.constFind(key);
-        if (it == m_names.constEnd())
-            it = m_names.insert(key, QString::fromUtf8(key));
+        if (it == m_names.constEnd()) {
+            it = m_names.insert(key, qint32(m_storage.m_names.size()));
+            m_storage.m_names.append(QString::fromUtf8(key));
+        }
         return *it;
     }
 
     XQOPMLStorage& m_storage;
-    QHash<QByteArrayView, QString> m_names; // views into the parse tree, which outlives the reader
+    QHash<QByteArrayView, qint32> m_names; // views into the parse tree, which outlives the reader
 };
 
 std::optional<XQOPMLStorage> XQOPMLStorage::initWithContentsOfFile(const QString& path, XQOPMLReadError* error)
@@ -184,18 +258,57 @@ std::optional<XQOPMLStorage> XQOPMLStorage::initWithData(QByteArray data, XQOPML
     XQOPMLStorage storage;
     OPMLTreeReader reader(storage);
     reader.createHeaderDictionaryFromTree(document);
-    reader.createBodyArrayFromTree(document);
+    reader.createBodyArrayFromTree(document, data.size());
     return storage;
+}
+
+XQOPMLItem XQOPMLStorage::item(qsizetype index) const
+{
+    XQOPMLItem out;
+    for (qsizetype i = 0; i < attributeCount(index); ++i)
+        out.attributes.insert(attributeName(index, i), attributeValue(index, i));
+    out.hasChildNodes = hasChildNodes(index);
+    out.children = children(index);
+    return out;
+}
+
+const QString& XQOPMLStorage::attributeName(qsizetype item, qsizetype i) const
+{
+    return m_names[m_attributes[size_t(m_items[size_t(item)].firstAttribute + i)].name];
+}
+
+QString XQOPMLStorage::attributeValue(qsizetype item, qsizetype i) const
+{
+    const AttributeRecord& record = m_attributes[size_t(m_items[size_t(item)].firstAttribute + i)];
+    return QString::fromUtf8(m_values.constData() + record.offset, record.length);
+}
+
+QString XQOPMLStorage::attributeValue(qsizetype item, const QString& name, const QString& defaultValue) const
+{
+    for (qsizetype i = 0; i < attributeCount(item); ++i) {
+        if (attributeName(item, i) == name)
+            return attributeValue(item, i);
+    }
+    return defaultValue;
+}
+
+QList<qsizetype> XQOPMLStorage::children(qsizetype item) const
+{
+    QList<qsizetype> out;
+    for (qsizetype child = firstChild(item); child >= 0; child = nextSibling(child))
+        out.append(child);
+    return out;
 }
 
 QVariantMap XQOPMLStorage::itemDictionary(qsizetype index, int maximumDepth) const
 {
-    const XQOPMLItem& it = item(index);
-    QVariantMap dictionary = it.attributes.toVariantMap();
-    if (it.hasChildNodes) {
+    QVariantMap dictionary;
+    for (qsizetype i = 0; i < attributeCount(index); ++i)
+        dictionary.insert(attributeName(index, i), attributeValue(index, i));
+    if (hasChildNodes(index)) {
         QVariantList children;
         if (maximumDepth > 1) {
-            for (qsizetype child : it.children)
+            for (qsizetype child = firstChild(index); child >= 0; child = nextSibling(child))
                 children.append(itemDictionary(child, maximumDepth - 1));
         }
         dictionary.insert(XQOPMLChildren, children);

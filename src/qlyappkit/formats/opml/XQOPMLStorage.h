@@ -22,13 +22,13 @@ inline const QString XQOPMLMissingHeadReason = QStringLiteral("Couldn't find the
 inline const QString XQOPMLMissingBodyExceptionName = QStringLiteral("OPMLParsercreateBodyArrayFromTreeFailed");
 inline const QString XQOPMLMissingBodyReason = QStringLiteral("Couldn't find the outline items.");
 
-/// One `outline` element: every attribute by name (values decoded), and its child items. hasChildNodes
-/// tells whether the element had any child node at all (text, comment, element...): only such items
-/// have a "children" entry in their dictionary form, possibly an empty one.
+/// One `outline` element as a plain value: every attribute by name (values decoded), whether it had any
+/// child node at all (text, comment, element...), and its child items. Only items with child nodes have
+/// a "children" entry in their dictionary form, possibly an empty one.
 struct XQOPMLItem {
     XQOPMLDictionary attributes;
     bool hasChildNodes = false;
-    /// Indexes of the child items in XQOPMLStorage::items(), in document order.
+    /// Indexes of the child items, in document order.
     QList<qsizetype> children;
 };
 
@@ -39,9 +39,12 @@ struct XQOPMLReadError {
     qsizetype offset = -1;
 };
 
-/// An OPML file read into memory. The items are held flat, in document order (a parent always comes
-/// before its children), so that neither reading nor copying nor destroying a storage recurses on the
-/// file's nesting depth.
+/// An OPML file read into memory.
+///
+/// Items are numbered in document order (a parent always comes before its children) and held flat, with
+/// their attribute values decoded into one shared UTF-8 buffer: a storage takes little more memory than
+/// the file, and neither reading nor copying nor destroying it recurses on the file's nesting depth.
+/// item() gives an item as a value; the per-attribute accessors read without building one.
 class XQOPMLStorage {
 public:
     /// Reads the file; nothing (and *error) when it cannot be read or is not well-formed XML. Throws
@@ -56,8 +59,21 @@ public:
     const XQOPMLDictionary& head() const { return m_head; }
     /// Indexes of the top-level items (the `outline` children of the last `body` element).
     const QList<qsizetype>& body() const { return m_body; }
-    const std::vector<XQOPMLItem>& items() const { return m_items; }
-    const XQOPMLItem& item(qsizetype index) const { return m_items[size_t(index)]; }
+    qsizetype itemCount() const { return qsizetype(m_items.size()); }
+
+    /// The item at index (0 ≤ index < itemCount()).
+    XQOPMLItem item(qsizetype index) const;
+    qsizetype attributeCount(qsizetype item) const { return m_items[size_t(item)].attributeCount; }
+    /// The name and the decoded value of an item's attribute i (0 ≤ i < attributeCount(item)).
+    const QString& attributeName(qsizetype item, qsizetype i) const;
+    QString attributeValue(qsizetype item, qsizetype i) const;
+    /// The value of the item's attribute of that name; defaultValue when it has none.
+    QString attributeValue(qsizetype item, const QString& name, const QString& defaultValue = {}) const;
+    bool hasChildNodes(qsizetype item) const { return m_items[size_t(item)].hasChildNodes; }
+    /// The item's first child and the next item with the same parent; -1 when there is none.
+    qsizetype firstChild(qsizetype item) const { return m_items[size_t(item)].firstChild; }
+    qsizetype nextSibling(qsizetype item) const { return m_items[size_t(item)].nextSibling; }
+    QList<qsizetype> children(qsizetype item) const;
 
     /// The dictionary form of one item: its attributes, and XQOPMLChildren with the list of its children's
     /// dictionaries when it has child nodes (that entry replaces an attribute named "children"). Below
@@ -68,9 +84,25 @@ public:
 private:
     friend class OPMLTreeReader;
 
+    struct ItemRecord {
+        qsizetype firstAttribute = 0;
+        qsizetype firstChild = -1;
+        qsizetype nextSibling = -1;
+        qint32 attributeCount = 0;
+        bool hasChildNodes = false;
+    };
+    struct AttributeRecord {
+        qsizetype offset; // in m_values
+        qsizetype length;
+        qint32 name; // in m_names
+    };
+
     XQOPMLDictionary m_head;
     QList<qsizetype> m_body;
-    std::vector<XQOPMLItem> m_items;
+    std::vector<ItemRecord> m_items;
+    std::vector<AttributeRecord> m_attributes;
+    QStringList m_names;
+    QByteArray m_values;
 };
 
 } // namespace qly

@@ -1,32 +1,35 @@
 #include <qlyappkit/formats/outline/OPMLOutline.h>
 
+#include <optional>
 #include <vector>
 
 namespace qly {
 
 XQBaseNodeList XQBaseNodesFromOPMLStorage(const XQOPMLStorage& storage)
 {
-    const std::vector<XQOPMLItem>& items = storage.items();
+    const qsizetype count = storage.itemCount();
     std::vector<XQBaseNodePtr> nodes;
-    nodes.reserve(items.size());
-    for (const XQOPMLItem& item : items) {
-        XQBaseNodePtr node = XQBaseNode::init();
+    nodes.reserve(size_t(count));
+    for (qsizetype item = 0; item < count; ++item) {
+        std::optional<QString> title;
         QVariantMap properties;
-        for (const XQOPMLDictionary::Entry& attribute : item.attributes.entries()) {
-            if (attribute.first == XQOPMLTextAttributeName)
-                node->setTitle(attribute.second);
+        for (qsizetype i = 0; i < storage.attributeCount(item); ++i) {
+            const QString& name = storage.attributeName(item, i);
+            if (name == XQOPMLTextAttributeName)
+                title = storage.attributeValue(item, i);
             else
-                properties.insert(attribute.first, attribute.second);
+                properties.insert(name, storage.attributeValue(item, i));
         }
+        XQBaseNodePtr node = title ? XQBaseNode::initWithTitle(*title) : XQBaseNode::init();
         node->setProperties(properties);
-        node->setLeaf(!item.hasChildNodes);
+        node->setLeaf(!storage.hasChildNodes(item));
         nodes.push_back(std::move(node));
     }
     // Items come before their children, so each child is still childless when it is added: adding it
     // costs no cycle search.
-    for (size_t i = 0; i < items.size(); ++i) {
-        for (qsizetype child : items[i].children)
-            nodes[i]->addChild(nodes[size_t(child)]);
+    for (qsizetype item = 0; item < count; ++item) {
+        for (qsizetype child = storage.firstChild(item); child >= 0; child = storage.nextSibling(child))
+            nodes[size_t(item)]->addChild(nodes[size_t(child)]);
     }
     XQBaseNodeList top;
     top.reserve(storage.body().size());

@@ -50,9 +50,21 @@ ComparisonResult compareTitlesNumerically(QStringView a, QStringView b, bool cas
 {
     qsizetype i = 0, j = 0;
     while (i < a.size() && j < b.size()) {
-        if (isAsciiDigit(a[i]) && isAsciiDigit(b[j])) {
+        char16_t ua = a[i].unicode(), ub = b[j].unicode();
+        if (isAsciiDigit(ua) && isAsciiDigit(ub)) {
             if (const int result = compareDigitRuns(a, i, b, j))
                 return result < 0 ? OrderedAscending : OrderedDescending;
+            continue;
+        }
+        if (ua < 0x80 && ub < 0x80) { // the common case, without a case table
+            if (caseInsensitive) {
+                ua = ua >= u'A' && ua <= u'Z' ? char16_t(ua + (u'a' - u'A')) : ua;
+                ub = ub >= u'A' && ub <= u'Z' ? char16_t(ub + (u'a' - u'A')) : ub;
+            }
+            if (ua != ub)
+                return ua < ub ? OrderedAscending : OrderedDescending;
+            ++i;
+            ++j;
             continue;
         }
         const char32_t ca = nextCodePoint(a, i, caseInsensitive);

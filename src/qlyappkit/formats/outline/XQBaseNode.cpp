@@ -49,6 +49,8 @@ template <typename Visit> void walkDescendants(const XQBaseNode* root, Visit vis
 
 XQBaseNode::XQBaseNode(Token) : m_title(localized(XQBaseNodeUntitledTitle)) { }
 
+XQBaseNode::XQBaseNode(Token, const QString& title) : m_title(title.isNull() ? QStringLiteral("") : title) { }
+
 XQBaseNode::~XQBaseNode()
 {
     // The weak link of a child to this node can no longer be locked, but it still shares this node's
@@ -81,6 +83,8 @@ XQBaseNode::~XQBaseNode()
 }
 
 XQBaseNodePtr XQBaseNode::init() { return std::make_shared<XQBaseNode>(Token()); }
+
+XQBaseNodePtr XQBaseNode::initWithTitle(const QString& title) { return std::make_shared<XQBaseNode>(Token(), title); }
 
 XQBaseNodePtr XQBaseNode::initLeaf()
 {
@@ -119,6 +123,20 @@ void XQBaseNode::sortChildrenUsingSelector(Comparator comparator)
                      [comparator](const XQBaseNodePtr& a, const XQBaseNodePtr& b) {
                          return ((*a).*comparator)(*b) == OrderedAscending;
                      });
+}
+
+void XQBaseNode::sortAllChildrenUsingSelector(Comparator comparator)
+{
+    std::vector<XQBaseNode*> pending{this};
+    while (!pending.empty()) {
+        XQBaseNode* node = pending.back();
+        pending.pop_back();
+        node->sortChildrenUsingSelector(comparator);
+        for (const XQBaseNodePtr& child : node->m_children) {
+            if (child->childCount() > 0)
+                pending.push_back(child.get());
+        }
+    }
 }
 
 bool XQBaseNode::wouldMakeCycle(const XQBaseNode* child) const

@@ -51,6 +51,7 @@ protected:
 
 public:
     explicit XQBaseNode(Token);
+    XQBaseNode(Token, const QString& title);
     virtual ~XQBaseNode();
     XQBaseNode(const XQBaseNode&) = delete;
     XQBaseNode& operator=(const XQBaseNode&) = delete;
@@ -59,6 +60,8 @@ public:
     static XQBaseNodePtr init();
     /// The same, as a leaf.
     static XQBaseNodePtr initLeaf();
+    /// A node with that title (and no lookup of the localised default: for building large trees).
+    static XQBaseNodePtr initWithTitle(const QString& title);
 
     /// "title <XQBaseNode: 0x…>".
     QString description() const;
@@ -81,6 +84,8 @@ public:
     using Comparator = ComparisonResult (XQBaseNode::*)(const XQBaseNode&) const;
     /// Sorts the children in place (stable) with one of the comparisons above, e.g. &XQBaseNode::compare.
     void sortChildrenUsingSelector(Comparator comparator);
+    /// sortChildrenUsingSelector on this node and on every node below it.
+    void sortAllChildrenUsingSelector(Comparator comparator);
 
     // Children.
     const XQBaseNodeList& children() const { return m_children; }

@@ -102,13 +102,17 @@ void XQOutlineController::makeTitlesUniqueAmongSiblings(const XQBaseNodeList& si
 void XQOutlineController::makeAllTitlesUnique() const
 {
     makeTitlesUniqueAmongSiblings(m_contents);
-    for (const XQBaseNodePtr& top : m_contents) {
-        if (top->childCount() > 0)
-            makeTitlesUniqueAmongSiblings(top->children());
-        for (const XQBaseNodePtr& node : top->descendants()) {
-            if (node->childCount() > 0)
-                makeTitlesUniqueAmongSiblings(node->children());
-        }
+    std::vector<const XQBaseNode*> pending;
+    for (const XQBaseNodePtr& top : m_contents)
+        pending.push_back(top.get());
+    while (!pending.empty()) {
+        const XQBaseNode* node = pending.back();
+        pending.pop_back();
+        if (node->childCount() == 0)
+            continue;
+        makeTitlesUniqueAmongSiblings(node->children());
+        for (const XQBaseNodePtr& child : node->children())
+            pending.push_back(child.get());
     }
 }
 
