@@ -45,7 +45,8 @@ TEST(XQOutlineController, BasenameFromTitleSplitsOffATrailingNumber)
         {QStringLiteral("a-b-3"), QStringLiteral("a-b"), 3},
         {QStringLiteral("-5"), QString(), 5},
         {QStringLiteral("Scene-\u0663"), QStringLiteral("Scene-\u0663"), 0}, // a digit, but not one that counts
-        {QStringLiteral("Big-99999999999999999999"), QStringLiteral("Big"), std::numeric_limits<qint64>::max()},
+        {QStringLiteral("Big-9223372036854775807"), QStringLiteral("Big"), std::numeric_limits<qint64>::max()},
+        {QStringLiteral("Big-99999999999999999999"), QStringLiteral("Big-99999999999999999999"), 0}, // too large
     };
     for (const Case& c : cases) {
         qint64 number = -1;
@@ -71,6 +72,9 @@ TEST(XQOutlineController, MakeTitleOfItemUniqueCountsUpPastEverySiblingItMeets)
         {{"X", "x", "X-1", "x-2"}, 0, QStringLiteral("X-3")},
         {{"Scene-3", "scene-3", "Scene-4"}, 0, QStringLiteral("Scene-5")},
         {{"Solo"}, 0, QStringLiteral("Solo")},
+        {{"Huge-99999999999999999999"}, 0, QStringLiteral("Huge-99999999999999999999")},
+        // Counting past the largest number starts again from the numbered title.
+        {{"x-9223372036854775807", "X-9223372036854775807"}, 0, QStringLiteral("x-9223372036854775807-1")},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.siblings.join(u',').toStdString());
@@ -96,7 +100,20 @@ TEST(XQOutlineController, MakeTitleOfItemUniqueCountsUpPastEverySiblingItMeets)
 
 TEST(XQOutlineController, TheIndexedPassRenamesExactlyAsOneItemAtATime)
 {
-    const QStringList vocabulary = {"a", "A", "a-1", "A-2", "a-3", "b", "b-0", "B-1", "a-b", "c-1", "c-01"};
+    const QStringList vocabulary = {"a",
+                                    "A",
+                                    "a-1",
+                                    "A-2",
+                                    "a-3",
+                                    "b",
+                                    "b-0",
+                                    "B-1",
+                                    "a-b",
+                                    "c-1",
+                                    "c-01",
+                                    "m-9223372036854775807",
+                                    "m-9223372036854775806",
+                                    "m-9223372036854775807-1"};
     QRandomGenerator random(11);
     for (int round = 0; round < 2000; ++round) {
         QStringList titles;

@@ -1,9 +1,9 @@
 #include <qlyappkit/formats/outline/XQOutlineController.h>
-#include <qlyappkit/platform/strings/NumberParsing.h>
 
 #include <QHash>
 
 #include <algorithm>
+#include <limits>
 
 #include <vector>
 
@@ -18,6 +18,18 @@ QString candidateTitle(const QString& base, qint64 number)
     return number == 0 ? base : base + NumberSeparator + QString::number(number);
 }
 
+// Counts matches into the number. A count that would pass the largest number starts again with the
+// numbered title as the base, so that every title can still be made unique.
+void advance(QString& base, qint64& number, qint64 matches)
+{
+    if (number > std::numeric_limits<qint64>::max() - matches) {
+        base = candidateTitle(base, number);
+        number = 0;
+        return;
+    }
+    number += matches;
+}
+
 } // namespace
 
 QString XQOutlineController::basenameFromTitle(const QString& title, qint64* currentNumber)
@@ -28,7 +40,10 @@ QString XQOutlineController::basenameFromTitle(const QString& title, qint64* cur
     if (dash >= 0 && dash + 1 < title.size()) {
         const QStringView digits = QStringView(title).mid(dash + 1);
         if (std::all_of(digits.begin(), digits.end(), [](QChar c) { return c.isDigit(); })) {
-            number = stringIntegerValue(digits);
+            bool fits = false;
+            number = digits.toLongLong(&fits);
+            if (!fits)
+                number = 0; // too long for a number, or digits of another script: part of the title
             if (number != 0)
                 base = title.left(dash);
         }
@@ -51,7 +66,7 @@ void XQOutlineController::makeTitleOfItemUnique(const XQBaseNodePtr& item) const
             others.push_back(sibling->title().toLower());
     }
     qint64 number = 0;
-    const QString base = basenameFromTitle(item->title(), &number);
+    QString base = basenameFromTitle(item->title(), &number);
     QString candidate;
     for (;;) {
         candidate = candidateTitle(base, number);
@@ -59,7 +74,7 @@ void XQOutlineController::makeTitleOfItemUnique(const XQBaseNodePtr& item) const
         const auto matches = std::count(others.begin(), others.end(), lowered);
         if (matches == 0)
             break;
-        number += matches;
+        advance(base, number, matches);
     }
     if (candidate != item->title())
         item->setTitle(candidate);
@@ -80,7 +95,7 @@ void XQOutlineController::makeTitlesUniqueAmongSiblings(const XQBaseNodeList& si
         const qsizetype own = occurrences.value(item.get());
         const QString ownLowered = item->title().toLower();
         qint64 number = 0;
-        const QString base = basenameFromTitle(item->title(), &number);
+        QString base = basenameFromTitle(item->title(), &number);
         QString candidate;
         for (;;) {
             candidate = candidateTitle(base, number);
@@ -88,7 +103,7 @@ void XQOutlineController::makeTitlesUniqueAmongSiblings(const XQBaseNodeList& si
             const qsizetype matches = titles.value(lowered) - (lowered == ownLowered ? own : 0);
             if (matches == 0)
                 break;
-            number += matches;
+            advance(base, number, matches);
         }
         if (candidate == item->title())
             continue;

@@ -12,14 +12,15 @@ public:
     void setContents(const XQBaseNodeList& contents) { m_contents = contents; }
 
     /// Splits a title into its base and number: "Scene-12" gives "Scene" and 12. The number is the
-    /// digits after the last "-"; with no "-", nothing after it, anything but digits after it, or a
-    /// number of 0, the base is the whole title and the number 0.
+    /// digits after the last "-"; with no "-", nothing after it, anything but ASCII digits after it, a
+    /// number too large for 64 bits, or a number of 0, the base is the whole title and the number 0.
     static QString basenameFromTitle(const QString& title, qint64* currentNumber);
 
     /// Renames item, if needed, to a title no other sibling has (lower-cased comparison): its base
     /// followed by "-N", N counting up from its own number by the number of siblings each candidate
-    /// meets. Siblings are the children of item's parent, or contents() when it has none. Leaves a
-    /// title that is already unique alone.
+    /// meets (should the count pass the largest number, the numbered title becomes the base and counting
+    /// starts again). Siblings are the children of item's parent, or contents() when it has none. Leaves
+    /// a title that is already unique alone.
     void makeTitleOfItemUnique(const XQBaseNodePtr& item) const;
 
     /// makeTitleOfItemUnique for each node of siblings in turn (the list must be their parent's
