@@ -86,21 +86,26 @@ void XQOutlineController::makeTitlesUniqueAmongSiblings(const XQBaseNodeList& si
     // (a node listed twice is still not its own sibling).
     QHash<QString, qsizetype> titles;
     QHash<const XQBaseNode*, qsizetype> occurrences;
+    std::vector<QString> lowered;
     titles.reserve(siblings.size());
+    lowered.reserve(size_t(siblings.size()));
     for (const XQBaseNodePtr& node : siblings) {
-        ++titles[node->title().toLower()];
+        lowered.push_back(node->title().toLower());
+        ++titles[lowered.back()];
         ++occurrences[node.get()];
     }
-    for (const XQBaseNodePtr& item : siblings) {
+    for (qsizetype i = 0; i < siblings.size(); ++i) {
+        const XQBaseNodePtr& item = siblings[i];
         const qsizetype own = occurrences.value(item.get());
-        const QString ownLowered = item->title().toLower();
+        // A node listed twice may have been renamed at its first place.
+        const QString ownLowered = own > 1 ? item->title().toLower() : lowered[size_t(i)];
         qint64 number = 0;
         QString base = basenameFromTitle(item->title(), &number);
         QString candidate;
         for (;;) {
             candidate = candidateTitle(base, number);
-            const QString lowered = candidate.toLower();
-            const qsizetype matches = titles.value(lowered) - (lowered == ownLowered ? own : 0);
+            const QString loweredCandidate = candidate == item->title() ? ownLowered : candidate.toLower();
+            const qsizetype matches = titles.value(loweredCandidate) - (loweredCandidate == ownLowered ? own : 0);
             if (matches == 0)
                 break;
             advance(base, number, matches);
