@@ -13,5 +13,6 @@ int runNotes(const QStringList& args);
 int runScreenplay(const QStringList& args);
 /// Exit status 0 equal, 1 different, 2 trouble (usage errors included), as comparison tools have it.
 int runDiff(const QStringList& args);
+int runOutline(const QStringList& args);
 
 } // namespace qly::tool

@@ -28,6 +28,7 @@ const Command Commands[] = {
     {"notes", qly::tool::runNotes, false, "the notes tagged in a text"},
     {"screenplay", qly::tool::runScreenplay, false, "the elements of a plain-text screenplay"},
     {"diff", qly::tool::runDiff, false, "what changed between two versions of a document"},
+    {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
 };
 
 void printUsage(FILE* stream)
