@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include <qlyappkit/geometry/PageFitting.h>
+#include <qlyappkit/text/fitting/XQPageFittingHelper.h>
 #include <qlyappkit/interchange/rtf/ExtendedRTFMarkers_p.h>
 #include <qlyappkit/interchange/rtf/RTFAttributeEnclosing.h>
 #include <qlyappkit/interchange/rtf/RTFExportRepairs.h>
