@@ -10,5 +10,6 @@ int runStats(const QStringList& args);
 int runComments(const QStringList& args);
 int runConvert(const QStringList& args);
 int runNotes(const QStringList& args);
+int runFits(const QStringList& args);
 
 } // namespace qly::tool

@@ -26,6 +26,7 @@ const Command Commands[] = {
     {"comments", qly::tool::runComments, false, "the comments of a comments side file"},
     {"convert", qly::tool::runConvert, true, "documents between formats; stored texts for word processors"},
     {"notes", qly::tool::runNotes, false, "the notes tagged in a text"},
+    {"fits", qly::tool::runFits, true, "whether a document fits on one page; its page count"},
 };
 
 void printUsage(FILE* stream)
