@@ -29,10 +29,7 @@ struct Measurer {
         container->setLineFragmentPadding(padding);
         container->setSize(QSizeF(std::max(width, 0.0), TextContainer::LargeDimension));
         storage.setAttributedString(text);
-        const double height = layoutManager.usedRectForTextContainer(container).height();
-        // Free the text's layout until the next question.
-        storage.setAttributedString(AttributedString());
-        return height;
+        return layoutManager.usedRectForTextContainer(container).height();
     }
 };
 
