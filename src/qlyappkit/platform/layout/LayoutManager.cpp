@@ -59,8 +59,10 @@ TextContainer* LayoutManager::insertTextContainer(std::unique_ptr<TextContainer>
     m_containers.insert(m_containers.begin() + index, std::move(container));
     m_containerList.insert(m_containerList.begin() + index, raw);
     m_outOfContainers = false;
-    // A container appended after the last one used changes nothing laid out so far.
-    invalidateFromContainer(index);
+    // An appended container changes nothing laid out so far: no line can be in it yet. Any other
+    // moves the containers after it.
+    if (index + 1 < qsizetype(m_containers.size()))
+        invalidateFromContainer(index);
     return raw;
 }
 

@@ -176,7 +176,6 @@ private:
     std::vector<std::unique_ptr<LaidParagraph>> m_units;
     qsizetype m_validEnd = 0; ///< units [0, m_validEnd) are placed and valid
     bool m_endReported = false;
-    qsizetype m_reportedUpTo = -1; ///< containers up to this index were reported complete
     bool m_inLayout = false;
     LaidParagraph* m_current = nullptr; ///< the unit the typesetter is laying out
     Position m_cursor; ///< where the current unit's next line goes
