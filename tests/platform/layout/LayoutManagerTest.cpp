@@ -268,15 +268,17 @@ TEST(LayoutManager, ControlCharactersFollowTheTypesettersActions)
             return Typesetter::actionForControlCharacterAtIndex(i);
         }
     };
-    Layout layout(AttributedString(QStringLiteral("one\001two\fthree\u2028four"), Serif12), QSizeF(300, 1000), 2);
+    Layout layout(AttributedString(QStringLiteral("one\001two\fthree\u2028four\u0085five"), Serif12), QSizeF(300, 1000),
+                  2);
     layout.manager.setTypesetter(std::make_unique<Custom>());
     const auto first = layout.lines(0);
     const auto second = layout.lines(1);
     ASSERT_EQ(first.size(), 2u);
     EXPECT_EQ(first[0].glyphRange, (Range{0, 4}));
     EXPECT_EQ(first[1].glyphRange, (Range{4, 4})); // "two" and the form feed
-    ASSERT_EQ(second.size(), 2u);
+    ASSERT_EQ(second.size(), 3u);
     EXPECT_EQ(second[0].glyphRange, (Range{8, 6})); // "three" and the line separator
+    EXPECT_EQ(second[1].glyphRange, (Range{14, 5})); // "four" and the next-line character
     EXPECT_DOUBLE_EQ(second[0].rect.top(), 0);
 }
 

@@ -36,6 +36,7 @@ int Typesetter::actionForControlCharacterAtIndex(qsizetype characterIndex)
     case 0x2029:
         return ParagraphBreakAction;
     case 0x2028:
+    case 0x85:
         return LineBreakAction;
     case 0x0C:
         return ContainerBreakAction;

@@ -50,7 +50,7 @@ public:
     /// Space below the last line of a paragraph: the style's spacing after.
     virtual double paragraphSpacingAfterGlyphAtIndex(qsizetype glyphIndex, const QRectF& proposedLineFragmentRect);
     /// The action for a control character: tab → horizontal tab; LF, CR, U+2029 → paragraph break;
-    /// U+2028 → line break; form feed → container break; any other → zero advancement.
+    /// U+2028 and U+0085 → line break; form feed → container break; any other → zero advancement.
     virtual int actionForControlCharacterAtIndex(qsizetype characterIndex);
 
     // ---- the paragraph being laid out (valid inside the hooks)
