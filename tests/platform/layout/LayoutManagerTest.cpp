@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QPainter>
 
 #include <qlyappkit/platform/layout/Typesetter.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
@@ -347,6 +348,57 @@ TEST(LayoutManager, EmptyTextAndNoContainersAreHandled)
     EXPECT_FALSE(none.manager.layoutReachedEnd());
     EXPECT_EQ(none.manager.textContainerForGlyphAtIndex(0), nullptr);
     EXPECT_TRUE(none.manager.lineFragmentRectForGlyphAtIndex(0).isNull());
+}
+
+} // namespace
+} // namespace qly
+
+namespace qly {
+namespace {
+
+// Pixels of the colour in the rectangle of the image.
+int countPixels(const QImage& image, const QRect& rect, const std::function<bool(QRgb)>& match)
+{
+    int count = 0;
+    for (int y = std::max(rect.top(), 0); y <= std::min(rect.bottom(), image.height() - 1); ++y)
+        for (int x = std::max(rect.left(), 0); x <= std::min(rect.right(), image.width() - 1); ++x)
+            count += match(image.pixel(x, y)) ? 1 : 0;
+    return count;
+}
+
+TEST(LayoutManager, DrawsEachContainersLinesAndPictures)
+{
+    QImage picture(40, 30, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    Attributes withPicture = Serif12;
+    withPicture.insert(AttachmentAttributeName, QVariant::fromValue(TextAttachment::fromImage(picture)));
+    AttributedString text(QStringLiteral("First page text\f"), Serif12);
+    text.append(QString(QChar(AttachmentCharacter)), withPicture);
+    text.append(QStringLiteral(" second page"), Serif12);
+    Layout layout(text, QSizeF(300, 200), 2);
+    layout.manager.ensureLayoutForAllText();
+
+    auto render = [&](int page) {
+        QImage image(300, 200, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        layout.manager.drawTextContainer(layout.container(page), &painter, QPointF(0, 0));
+        return image;
+    };
+    const auto dark = [](QRgb c) { return qGray(c) < 128 && qRed(c) < 200; };
+    const auto red = [](QRgb c) { return qRed(c) > 200 && qGreen(c) < 60 && qBlue(c) < 60; };
+    const QImage first = render(0);
+    const QRect firstLine = layout.lines(0)[0].usedRect.toAlignedRect();
+    EXPECT_GT(countPixels(first, firstLine, dark), 50);
+    EXPECT_EQ(countPixels(first, QRect(0, firstLine.bottom() + 2, 300, 200), dark), 0);
+    EXPECT_EQ(countPixels(first, first.rect(), red), 0);
+
+    const QImage second = render(1);
+    const QRect secondLine = layout.lines(1)[0].usedRect.toAlignedRect();
+    // The picture stands on the baseline at the start of the line, at its own size.
+    EXPECT_GT(countPixels(second, QRect(secondLine.left(), secondLine.top(), 45, secondLine.height()), red),
+              40 * 30 - 100);
+    EXPECT_GT(countPixels(second, secondLine, dark), 50);
 }
 
 } // namespace
