@@ -71,6 +71,7 @@ struct Pages : LayoutManagerDelegate {
 void BM_LayoutManuscriptIntoPages(benchmark::State& state)
 {
     size_t pages = 0;
+    qsizetype shaped = 0;
     for (auto _ : state) {
         TextStorage storage(g_manuscript);
         LayoutManager manager;
@@ -80,9 +81,13 @@ void BM_LayoutManuscriptIntoPages(benchmark::State& state)
         manager.setTextStorage(&storage);
         manager.ensureLayoutForAllText();
         pages = manager.textContainers().size();
+        shaped = manager.statistics().paragraphsShaped;
         manager.setDelegate(nullptr);
     }
     state.counters["pages"] = double(pages);
+    // Each paragraph is shaped once: a page break inside it only moves its lines.
+    state.counters["shaped"] = double(shaped);
+    state.counters["paragraphs"] = double(g_manuscript.string().count(QLatin1Char('\n')) + 1);
 }
 
 // The same text, width and fonts (pixel size = point size) as one QTextDocument, paginated by Qt.
