@@ -14,5 +14,6 @@ int runScreenplay(const QStringList& args);
 /// Exit status 0 equal, 1 different, 2 trouble (usage errors included), as comparison tools have it.
 int runDiff(const QStringList& args);
 int runOutline(const QStringList& args);
+int runFits(const QStringList& args);
 
 } // namespace qly::tool

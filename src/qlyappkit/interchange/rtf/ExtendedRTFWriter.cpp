@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <vector>
 
-#include <qlyappkit/geometry/PageFitting.h>
 #include <qlyappkit/interchange/rtf/ExtendedRTFMarkers_p.h>
 #include <qlyappkit/interchange/rtf/RTFAttributeEnclosing.h>
 #include <qlyappkit/interchange/rtf/RTFExportRepairs.h>
@@ -23,6 +22,7 @@
 #include <qlyappkit/platform/values/ParagraphStyle.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
+#include <qlyappkit/text/fitting/XQPageFittingHelper.h>
 #include <qlyappkit/text/notes/NoteConversions.h>
 #include <qlyappkit/text/notes/TaggedFootnotes.h>
 
