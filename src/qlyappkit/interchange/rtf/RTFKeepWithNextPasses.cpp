@@ -1,6 +1,7 @@
 // Keep-with-next paragraphs: a start marker opens each such paragraph and a marker line follows it;
 // the paragraph becomes a "{\keepn …}" group and the marker line goes.
 #include <algorithm>
+#include <optional>
 
 #include <qlyappkit/interchange/rtf/ExtendedRTFExport_p.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
@@ -22,6 +23,54 @@ const QString KeepWithNextControl = QStringLiteral("\\keepn ");
 bool isKept(const QVariant& keep)
 {
     return keep.isValid() && (keep.typeId() == QMetaType::QString ? stringBoolValue(keep.toString()) : keep.toBool());
+}
+
+// Whether the RTF in [from, to) closes every group it opens and no other (escaped braces are text).
+bool isBalanced(const QString& rtf, qsizetype from, qsizetype to)
+{
+    int depth = 0;
+    for (qsizetype i = from; i < to; ++i) {
+        const QChar ch = rtf.at(i);
+        if (ch == QLatin1Char('\\'))
+            ++i;
+        else if (ch == QLatin1Char('{'))
+            ++depth;
+        else if (ch == QLatin1Char('}') && --depth < 0)
+            return false;
+    }
+    return depth == 0;
+}
+
+bool isBraceFree(const QString& rtf, qsizetype from, qsizetype to)
+{
+    for (qsizetype i = from; i < to; ++i) {
+        const QChar ch = rtf.at(i);
+        if (ch == QLatin1Char('\\'))
+            ++i;
+        else if (ch == QLatin1Char('{') || ch == QLatin1Char('}'))
+            return false;
+    }
+    return true;
+}
+
+// Just after the first paragraph break (a backslash and a line feed) from `from` outside the groups
+// that open after it; nothing when the group holding `from` closes first.
+std::optional<qsizetype> paragraphEndAtSameDepth(const QString& rtf, qsizetype from)
+{
+    int depth = 0;
+    for (qsizetype i = from; i < rtf.size(); ++i) {
+        const QChar ch = rtf.at(i);
+        if (ch == QLatin1Char('\\')) {
+            if (depth == 0 && i + 1 < rtf.size() && rtf.at(i + 1) == QLatin1Char('\n'))
+                return i + 2;
+            ++i;
+        } else if (ch == QLatin1Char('{')) {
+            ++depth;
+        } else if (ch == QLatin1Char('}') && --depth < 0) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -59,21 +108,36 @@ void markKeepWithNext(Context& c)
 void writeKeepWithNext(Context& c)
 {
     std::vector<Edit> edits;
-    qsizetype searchFrom = 0;
-    for (qsizetype at = c.rtf.indexOf(KeepWithNextStart); at >= 0; at = c.rtf.indexOf(KeepWithNextStart, searchFrom)) {
-        const Range paragraph = RTFParagraphRangeForRange(c.rtf, Range{at, KeepWithNextStart.size()});
-        // The group opens at the line start; "\keepn" goes where the marker was, after any "\pard".
-        edits.push_back({paragraph.location, 0, GroupOpen});
-        edits.push_back({at, KeepWithNextStart.size(), KeepWithNextControl});
-        edits.push_back({paragraph.end(), 0, GroupClose});
-        searchFrom = paragraph.end();
-        const qsizetype ends = c.rtf.indexOf(KeepWithNextEnds, searchFrom);
-        if (ends >= 0) {
-            const Range line = RTFParagraphRangeForRange(c.rtf, Range{ends, KeepWithNextEnds.size()});
-            const qsizetype from = std::max(line.location, paragraph.end());
-            edits.push_back({from, line.end() - from, QString()});
-            searchFrom = std::max(searchFrom, line.end());
+    std::vector<qsizetype> braces; // where a brace goes in: no deletion may swallow one
+    for (qsizetype at = c.rtf.indexOf(KeepWithNextStart); at >= 0;
+         at = c.rtf.indexOf(KeepWithNextStart, at + KeepWithNextStart.size())) {
+        // The paragraph break at the marker's own depth ends the paragraph (one in a note inside the
+        // paragraph does not). When the marker's group closes first, the paragraph cannot be kept.
+        const std::optional<qsizetype> end = paragraphEndAtSameDepth(c.rtf, at + KeepWithNextStart.size());
+        if (!end) {
+            edits.push_back({at, KeepWithNextStart.size(), QString()});
+            continue;
         }
+        // The group opens at the line start, so that it holds the paragraph's formatting, unless
+        // that would cross a group boundary; "\keepn" goes where the marker was, after any "\pard".
+        const qsizetype lineStart = RTFParagraphRangeForRange(c.rtf, Range{at, 0}).location;
+        const qsizetype open = isBalanced(c.rtf, lineStart, at) ? lineStart : at;
+        edits.push_back({open, 0, GroupOpen});
+        edits.push_back({at, KeepWithNextStart.size(), KeepWithNextControl});
+        edits.push_back({*end, 0, GroupClose});
+        braces.insert(braces.end(), {open, *end});
+    }
+    // Each marker line goes whole, paragraph break included, so that the group closes before the next
+    // paragraph; when that would delete a brace or a place where one goes in, only the marker goes.
+    std::sort(braces.begin(), braces.end());
+    for (qsizetype at = c.rtf.indexOf(KeepWithNextEnds); at >= 0;
+         at = c.rtf.indexOf(KeepWithNextEnds, at + KeepWithNextEnds.size())) {
+        const Range line = RTFParagraphRangeForRange(c.rtf, Range{at, KeepWithNextEnds.size()});
+        const auto brace = std::upper_bound(braces.begin(), braces.end(), line.location);
+        const bool whole =
+            isBraceFree(c.rtf, line.location, line.end()) && (brace == braces.end() || *brace >= line.end());
+        edits.push_back(whole ? Edit{line.location, line.length, QString()}
+                              : Edit{at, KeepWithNextEnds.size(), QString()});
     }
     c.rtf = applyEdits(c.rtf, edits);
 }

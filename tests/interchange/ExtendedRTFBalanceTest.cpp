@@ -1,0 +1,89 @@
+// Whatever the text and options, the extended writer's output is one balanced RTF group, 7-bit, and
+// read by the platform reader without a problem; the passes that rewrite the RTF never delete or
+// insert across a group boundary.
+#include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
+#include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
+#include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
+
+#include "interchange/ExportTestSupport.h"
+
+using namespace qly;
+using namespace exporttest;
+
+namespace {
+
+// Empty when the RTF is well formed; otherwise what is wrong with it.
+QString problemsOf(const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return QStringLiteral("no output");
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        if (uchar(bytes.at(i)) >= 0x80)
+            return QStringLiteral("byte %1 is not 7-bit").arg(i);
+    }
+    const QString rtf = QString::fromLatin1(bytes);
+    const qsizetype offset = RTFGroupStructureProblemOffset(rtf);
+    if (offset >= 0)
+        return QStringLiteral("unbalanced groups at offset %1: \u2026%2").arg(offset).arg(rtf.mid(offset - 40, 80));
+    RTFParseResult result;
+    if (!attributedStringFromRTF(bytes, nullptr, &result) || !result)
+        return QStringLiteral("the reader says %1 at %2").arg(result.description()).arg(result.offset);
+    for (const char* leftover : {"<<**", "<$--QLY", "QLY_KEEP_WITH_NEXT", "JVT_"}) {
+        if (rtf.contains(QLatin1String(leftover)))
+            return QStringLiteral("a marker is left: %1").arg(QLatin1String(leftover));
+    }
+    return QString();
+}
+
+AttributedString keptFootnoteOnALineFeed()
+{
+    AttributedString text;
+    text.append(QStringLiteral("\n"), plain());
+    text.append(QStringLiteral("\n"), with(XQKeepWithNextAttributeName, true, with(XQFootnoteAttributeName, 1)));
+    return text;
+}
+
+} // namespace
+
+TEST(ExtendedRTFBalance, GroupStructureOffsetFindsTheFirstFault)
+{
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("{\\rtf1 a{\\b b}\\{ \\} \\\\}\n")), -1);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("{\\rtf1 a}}")), 9);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("{\\rtf1 {a}")), 10);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("{\\rtf1 a\\}")), 10);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("x{\\rtf1}")), 0);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QStringLiteral("{\\rtf1}{}")), 7);
+    EXPECT_EQ(RTFGroupStructureProblemOffset(QString()), 0);
+}
+
+// A kept paragraph whose break lies inside a note group (the note's text is the line feed) used to
+// lose the note's closing braces with the keep-with-next marker line; a kept paragraph holding a note
+// of two paragraphs used to close its group inside the note.
+TEST(ExtendedRTFBalance, KeepWithNextStaysInsideGroupBoundaries)
+{
+    for (const QVariantMap& options :
+         {QVariantMap{},
+          QVariantMap{{XQRTFHeaderString, QStringLiteral("<$p>")}, {XQRTFAvoidWidowsAndOrphans, true}}}) {
+        const AttributedString text = keptFootnoteOnALineFeed();
+        const QByteArray rtf = extendedRTFFromRange(text, Range{0, text.length()}, {}, options);
+        EXPECT_EQ(problemsOf(rtf), QString()) << rtf.toStdString();
+    }
+
+    AttributedString text;
+    text.append(QStringLiteral("Heading"), with(XQKeepWithNextAttributeName, true));
+    text.append(QStringLiteral("one\ntwo"), with(XQKeepWithNextAttributeName, true, with(XQFootnoteAttributeName, 1)));
+    text.append(QStringLiteral("\n"), with(XQKeepWithNextAttributeName, true));
+    text.append(QStringLiteral("Body\n"), plain());
+    const QByteArray bytes = extendedRTFFromRange(text, Range{0, text.length()}, {});
+    ASSERT_EQ(problemsOf(bytes), QString()) << bytes.toStdString();
+    const QString rtf = QString::fromLatin1(bytes);
+    // The note keeps both its paragraphs, and the kept group closes after the body paragraph's break.
+    EXPECT_TRUE(rtf.contains(QStringLiteral("one\\\ntwo}\\nosupersub}"))) << bytes.toStdString();
+    EXPECT_TRUE(rtf.contains(QStringLiteral("\\\n}Body\\\n"))) << bytes.toStdString();
+    const std::optional<AttributedString> back = attributedStringFromRTF(bytes);
+    ASSERT_TRUE(back.has_value());
+    EXPECT_EQ(back->string(), QStringLiteral("Heading\nBody\n"));
+}
