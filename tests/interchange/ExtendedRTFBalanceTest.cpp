@@ -5,6 +5,7 @@
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
 #include <qlyappkit/platform/rtf/RTFReader.h>
+#include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
@@ -36,6 +37,21 @@ QString problemsOf(const QByteArray& bytes)
             return QStringLiteral("a marker is left: %1").arg(QLatin1String(leftover));
     }
     return QString();
+}
+
+// How many groups are open at index (1 in the document's body).
+int groupDepthAt(const QString& rtf, qsizetype index)
+{
+    int depth = 0;
+    for (qsizetype i = 0; i < index; ++i) {
+        if (rtf.at(i) == QLatin1Char('\\'))
+            ++i;
+        else if (rtf.at(i) == QLatin1Char('{'))
+            ++depth;
+        else if (rtf.at(i) == QLatin1Char('}'))
+            --depth;
+    }
+    return depth;
 }
 
 AttributedString keptFootnoteOnALineFeed()
@@ -86,4 +102,32 @@ TEST(ExtendedRTFBalance, KeepWithNextStaysInsideGroupBoundaries)
     const std::optional<AttributedString> back = attributedStringFromRTF(bytes);
     ASSERT_TRUE(back.has_value());
     EXPECT_EQ(back->string(), QStringLiteral("Heading\nBody\n"));
+}
+
+// The document-level blocks that stand at the start of the text (footnote and widow controls, the
+// header/footer block, the columns controls) used to take every attribute of the first character, so
+// a text that opened with a note or a link wrote them inside that note or link.
+TEST(ExtendedRTFBalance, DocumentControlsStayOutsideTheNoteOrLinkTheTextStartsWith)
+{
+    const QVariantMap options{
+        {XQRTFHeaderString, QStringLiteral("<$p>")}, {XQRTFNumberOfColumns, 2}, {XQRTFAvoidWidowsAndOrphans, true}};
+    for (const auto& [name, value] : std::initializer_list<std::pair<QString, QVariant>>{
+             {XQFootnoteAttributeName, 1},
+             {XQAnnotationAttributeName, QVariant::fromValue(Color(1, 0, 0))},
+             {LinkAttributeName, QStringLiteral("https://example.com/")}}) {
+        AttributedString text;
+        text.append(QStringLiteral("First words"), with(name, value));
+        text.append(QStringLiteral(" and more, with a note"), plain());
+        text.append(QStringLiteral("."), with(XQFootnoteAttributeName, 1));
+        const QByteArray bytes = extendedRTFFromRange(text, Range{0, text.length()}, {}, options);
+        ASSERT_EQ(problemsOf(bytes), QString()) << bytes.toStdString();
+        const QString rtf = QString::fromLatin1(bytes);
+        for (const QString& control : {QStringLiteral("\\widowctrl"), QStringLiteral("\\fet2"),
+                                       QStringLiteral("{\\header"), QStringLiteral("\\cols2")}) {
+            const qsizetype at = rtf.indexOf(control);
+            ASSERT_GE(at, 0) << name.toStdString() << " " << control.toStdString();
+            EXPECT_EQ(groupDepthAt(rtf, at), 1) << name.toStdString() << " " << control.toStdString() << "\n"
+                                                << bytes.toStdString();
+        }
+    }
 }

@@ -5,6 +5,7 @@
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 namespace qly::extendedrtf {
 
@@ -48,7 +49,14 @@ Attributes attributesForInsertion(const AttributedString& text, qsizetype index)
 
 void insertLeadingMarker(AttributedString& text, const QString& marker)
 {
+    // The marker takes the first character's formatting, never its notes or links: inside one of
+    // those, what the marker stands for would land in a note or a link instead of the document.
     Attributes attributes = attributesForInsertion(text, 0);
+    for (const QString* feature :
+         {&XQCommentAttributeName, &XQLinkedCommentAttributeName, &XQAnnotationAttributeName, &XQFootnoteAttributeName,
+          &XQKeepWithNextAttributeName, &LinkAttributeName, &XQRTFBookmarkAttributeName,
+          &XQRTFPageRefFieldAttributeName, &XQRTFSectionInfoAttributeName})
+        attributes.remove(*feature);
     const QVariant font = attributes.value(FontAttributeName);
     if (font.metaType() != QMetaType::fromType<Font>())
         attributes.insert(FontAttributeName, QVariant::fromValue(Font::userFont()));

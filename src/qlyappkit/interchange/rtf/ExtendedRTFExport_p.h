@@ -84,7 +84,8 @@ QString applyEdits(const QString& s, std::vector<Edit>& edits);
 void replaceMarkerParagraph(QString& rtf, const QString& marker, const QString& replacement);
 /// The attributes, less attachments, that inserted text at index should carry (clamped to the text).
 Attributes attributesForInsertion(const AttributedString& text, qsizetype index);
-/// Inserts a marker at the very start, in the first character's attributes and always with a font.
+/// Inserts a marker at the very start, in the first character's formatting (never its notes or links)
+/// and always with a font.
 void insertLeadingMarker(AttributedString& text, const QString& marker);
 
 // ---- the passes, by the file that defines them
