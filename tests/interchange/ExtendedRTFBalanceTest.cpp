@@ -131,3 +131,20 @@ TEST(ExtendedRTFBalance, DocumentControlsStayOutsideTheNoteOrLinkTheTextStartsWi
         }
     }
 }
+
+// Columns may start where the caller put the columns marker; without a column count the marker used
+// to stay in the document as text.
+TEST(ExtendedRTFBalance, ACallersColumnsMarkerNeverStaysAsText)
+{
+    AttributedString text(QStringLiteral("Title\n") + XQRTFColumnsMarker + QStringLiteral("Body\n"), plain());
+    for (const QVariantMap& options : {QVariantMap{}, QVariantMap{{XQRTFNumberOfColumns, 1}},
+                                       QVariantMap{{XQRTFNumberOfColumns, 2}, {XQRTFColumnSpacingInTwips, 360}}}) {
+        const QByteArray bytes = extendedRTFFromRange(text, Range{0, text.length()}, {}, options);
+        EXPECT_EQ(problemsOf(bytes), QString()) << bytes.toStdString();
+        const QString rtf = QString::fromLatin1(bytes);
+        EXPECT_TRUE(rtf.contains(QStringLiteral("Title\\\n")));
+        EXPECT_EQ(rtf.contains(QStringLiteral("Title\\\n\\sect\\sbknone\\cols2\\colsx360 \nBody\\\n")),
+                  options.contains(XQRTFColumnSpacingInTwips))
+            << bytes.toStdString();
+    }
+}

@@ -124,9 +124,11 @@ void writeHeadersFootersSectionsAndColumns(Context& c)
     }
     if (settings.hasAnyText())
         replaceMarkerParagraph(c.rtf, HeaderFooterMarker, headers.documentBlock());
-    if (!c.options.columnsControl.isEmpty())
-        replaceMarkerParagraph(c.rtf, columnsMarkerInRTF(),
-                               (c.columnsMarkerInText ? ColumnsSectionBreak : QString()) + c.options.columnsControl);
+    // A marker the caller put in goes even when no columns were asked for.
+    const QString columns = c.options.columnsControl.isEmpty()
+        ? QString()
+        : (c.columnsMarkerInText ? ColumnsSectionBreak : QString()) + c.options.columnsControl;
+    replaceMarkerParagraph(c.rtf, columnsMarkerInRTF(), columns);
 }
 
 } // namespace qly::extendedrtf
