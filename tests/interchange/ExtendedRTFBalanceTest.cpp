@@ -1,6 +1,8 @@
 // Whatever the text and options, the extended writer's output is one balanced RTF group, 7-bit, and
 // read by the platform reader without a problem; the passes that rewrite the RTF never delete or
 // insert across a group boundary.
+#include <QRandomGenerator>
+
 #include <qlyappkit/interchange/rtf/ExtendedRTFWriter.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
@@ -10,6 +12,7 @@
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 #include "interchange/ExportTestSupport.h"
+#include "interchange/WriterInputGenerator.h"
 
 using namespace qly;
 using namespace exporttest;
@@ -146,5 +149,20 @@ TEST(ExtendedRTFBalance, ACallersColumnsMarkerNeverStaysAsText)
         EXPECT_EQ(rtf.contains(QStringLiteral("Title\\\n\\sect\\sbknone\\cols2\\colsx360 \nBody\\\n")),
                   options.contains(XQRTFColumnSpacingInTwips))
             << bytes.toStdString();
+    }
+}
+
+TEST(ExtendedRTFBalance, RandomTextsAndOptionsGiveWellFormedRTF)
+{
+    QRandomGenerator random(20261122);
+    auto pick = [&random](int n) { return n > 0 ? int(random.bounded(n)) : 0; };
+    constexpr int Iterations = 4000;
+    for (int i = 0; i < Iterations; ++i) {
+        const writerinput::WriterInput input = writerinput::makeWriterInput(pick);
+        const QByteArray rtf = extendedRTFFromRange(input.text, input.range, input.documentAttributes, input.options);
+        const QString problem = problemsOf(rtf);
+        ASSERT_EQ(problem, QString()) << "iteration " << i << "\n"
+                                      << input.description.toStdString() << "\n"
+                                      << rtf.toStdString();
     }
 }
