@@ -12,35 +12,14 @@
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 #include "interchange/ExportTestSupport.h"
-#include "interchange/WriterInputGenerator.h"
+#include "interchange/ExtendedWriterRandomInput.h"
 
 using namespace qly;
 using namespace exporttest;
 
 namespace {
 
-// Empty when the RTF is well formed; otherwise what is wrong with it.
-QString problemsOf(const QByteArray& bytes)
-{
-    if (bytes.isEmpty())
-        return QStringLiteral("no output");
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        if (uchar(bytes.at(i)) >= 0x80)
-            return QStringLiteral("byte %1 is not 7-bit").arg(i);
-    }
-    const QString rtf = QString::fromLatin1(bytes);
-    const qsizetype offset = RTFGroupStructureProblemOffset(rtf);
-    if (offset >= 0)
-        return QStringLiteral("unbalanced groups at offset %1: \u2026%2").arg(offset).arg(rtf.mid(offset - 40, 80));
-    RTFParseResult result;
-    if (!attributedStringFromRTF(bytes, nullptr, &result) || !result)
-        return QStringLiteral("the reader says %1 at %2").arg(result.description()).arg(result.offset);
-    for (const char* leftover : {"<<**", "<$--QLY", "QLY_KEEP_WITH_NEXT", "JVT_"}) {
-        if (rtf.contains(QLatin1String(leftover)))
-            return QStringLiteral("a marker is left: %1").arg(QLatin1String(leftover));
-    }
-    return QString();
-}
+QString problemsOf(const QByteArray& bytes) { return writerinput::wellFormednessProblem(bytes); }
 
 // How many groups are open at index (1 in the document's body).
 int groupDepthAt(const QString& rtf, qsizetype index)

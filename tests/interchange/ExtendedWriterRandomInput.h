@@ -1,9 +1,10 @@
 #pragma once
-// Random inputs for the extended RTF writer: tiny texts whose runs carry any mix of the attributes the
-// writer turns into RTF (notes of every kind, comments, keep-with-next, bookmarks, page references,
-// sections, pictures, links, lists, tables, separators, non-ASCII and RTF-special characters), with
-// random options and document attributes. The choices come from a caller's source, so that the
-// randomised test draws them from a seeded generator and the fuzz target from its input bytes.
+// Random inputs for the extended RTF writer, and what its output must be. The inputs are tiny texts
+// whose runs carry any mix of the attributes the writer turns into RTF (notes of every kind, comments,
+// keep-with-next, bookmarks, page references, sections, pictures, links, lists, tables, separators,
+// non-ASCII and RTF-special characters), with random options and document attributes. The choices come
+// from a caller's source, so that the randomised test draws them from a seeded generator and the fuzz
+// target (fuzz/fuzz_extended_writer.cpp) from its input bytes.
 #include <QBuffer>
 #include <QImage>
 #include <QSizeF>
@@ -14,6 +15,8 @@
 #include <vector>
 
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
+#include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
+#include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
@@ -248,6 +251,30 @@ template <typename Pick> WriterInput makeWriterInput(Pick&& pick)
                             .arg(options.join(QStringLiteral(", ")),
                                  QStringList(input.documentAttributes.keys()).join(QLatin1Char(',')));
     return input;
+}
+
+/// Empty when the writer's output is well formed: one balanced group of 7-bit RTF that the platform
+/// reader reads without a problem, with no marker left; otherwise what is wrong with it.
+inline QString wellFormednessProblem(const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return QStringLiteral("no output");
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        if (uchar(bytes.at(i)) >= 0x80)
+            return QStringLiteral("byte %1 is not 7-bit").arg(i);
+    }
+    const QString rtf = QString::fromLatin1(bytes);
+    const qsizetype offset = qly::RTFGroupStructureProblemOffset(rtf);
+    if (offset >= 0)
+        return QStringLiteral("unbalanced groups at offset %1: \u2026%2").arg(offset).arg(rtf.mid(offset - 40, 80));
+    qly::RTFParseResult result;
+    if (!qly::attributedStringFromRTF(bytes, nullptr, &result) || !result)
+        return QStringLiteral("the reader says %1 at %2").arg(result.description()).arg(result.offset);
+    for (const char* leftover : {"<<**", "<$--QLY", "QLY_KEEP_WITH_NEXT", "JVT_"}) {
+        if (rtf.contains(QLatin1String(leftover)))
+            return QStringLiteral("a marker is left: %1").arg(QLatin1String(leftover));
+    }
+    return QString();
 }
 
 } // namespace writerinput
