@@ -1,5 +1,7 @@
 // Keep-with-next paragraphs: a start marker opens each such paragraph and a marker line follows it;
-// the paragraph becomes a "{\keepn …}" group and the marker line goes.
+// the paragraph becomes a "{\keepn …}" group, followed by the character formatting it ended with, and
+// the marker line goes.
+#include <QSet>
 #include <algorithm>
 #include <optional>
 
@@ -73,6 +75,51 @@ std::optional<qsizetype> paragraphEndAtSameDepth(const QString& rtf, qsizetype f
     return std::nullopt;
 }
 
+// The control words that change character formatting, as the plain writer and the note tags write
+// them.
+const QSet<QString> CharacterFormattingWords{
+    QStringLiteral("f"),          QStringLiteral("fs"),        QStringLiteral("b"),       QStringLiteral("i"),
+    QStringLiteral("ul"),         QStringLiteral("ulnone"),    QStringLiteral("ulth"),    QStringLiteral("uldb"),
+    QStringLiteral("ulc"),        QStringLiteral("strike"),    QStringLiteral("striked"), QStringLiteral("cf"),
+    QStringLiteral("cb"),         QStringLiteral("highlight"), QStringLiteral("super"),   QStringLiteral("sub"),
+    QStringLiteral("nosupersub"), QStringLiteral("up"),        QStringLiteral("dn"),      QStringLiteral("expnd"),
+    QStringLiteral("expndtw"),    QStringLiteral("plain")};
+
+// The character formatting controls written in [from, to) outside its inner groups, in order: played
+// again after a group that spans the range, they give the formatting in force at its end, which the
+// closing brace would otherwise undo for the text after it (the plain writer writes a control only
+// where formatting changes).
+QString characterFormattingOf(const QString& rtf, qsizetype from, qsizetype to)
+{
+    QString controls;
+    int depth = 0;
+    for (qsizetype i = from; i < to; ++i) {
+        const QChar ch = rtf.at(i);
+        if (ch == QLatin1Char('{')) {
+            ++depth;
+        } else if (ch == QLatin1Char('}')) {
+            --depth;
+        } else if (ch == QLatin1Char('\\')) {
+            qsizetype end = i + 1;
+            while (end < to && rtf.at(end).isLower() && rtf.at(end).unicode() < 0x80)
+                ++end;
+            const qsizetype nameEnd = end;
+            if (end < to && rtf.at(end) == QLatin1Char('-'))
+                ++end;
+            while (end < to && rtf.at(end).isDigit())
+                ++end;
+            if (nameEnd == i + 1) {
+                ++i; // a control symbol: the escaped character is text
+                continue;
+            }
+            if (depth == 0 && CharacterFormattingWords.contains(rtf.mid(i + 1, nameEnd - i - 1)))
+                controls.append(QStringView(rtf).mid(i, end - i));
+            i = end - 1;
+        }
+    }
+    return controls.isEmpty() ? controls : controls + QLatin1Char(' ');
+}
+
 } // namespace
 
 void markKeepWithNext(Context& c)
@@ -124,7 +171,7 @@ void writeKeepWithNext(Context& c)
         const qsizetype open = isBalanced(c.rtf, lineStart, at) ? lineStart : at;
         edits.push_back({open, 0, GroupOpen});
         edits.push_back({at, KeepWithNextStart.size(), KeepWithNextControl});
-        edits.push_back({*end, 0, GroupClose});
+        edits.push_back({*end, 0, GroupClose + characterFormattingOf(c.rtf, open, *end)});
         braces.insert(braces.end(), {open, *end});
     }
     // Each marker line goes whole, paragraph break included, so that the group closes before the next
