@@ -61,11 +61,13 @@ struct Context {
     std::vector<Section> sections;
     /// markPictures → writePictures: picture n (from 1) is images[n - 1].
     std::vector<RTFImageRecord> images;
-    /// encloseNotes → markFootnoteControls, fixFontTableAndStylesheet, writeFootnoteControls,
-    /// writeFootnotes, writeHeadersFootersSectionsAndColumns.
+    /// encloseNotes → markFootnoteControls, fixFontTableAndStylesheet, writeHeadersFootersSectionsAndColumns:
+    /// some footnote or endnote is written.
     bool hasFootnotes = false;
-    QSet<int> footnoteKinds; ///< the kinds (1–3) present
-    int footnoteMarkSize = 24; ///< half-points, from the first footnote's font
+    /// encloseNotes → fixFontTableAndStylesheet: the footnote kinds (1–3) present.
+    QSet<int> footnoteKinds;
+    /// encloseNotes → writeFootnotes: the note mark's size in half-points, from the first footnote's font.
+    int footnoteMarkSize = 24;
 };
 
 // ---- helpers shared by the passes (ExtendedRTFExport.cpp)
