@@ -35,6 +35,15 @@ QString floatForm(double value)
     return QString::fromLatin1(printed.data(), qsizetype(end));
 }
 
+// A colour component as calibrated colours hold it: within 0–1, and 0 for NaN (and for -0, which
+// would be written "-0.0").
+double unitComponent(double value)
+{
+    if (!(value > 0))
+        return 0;
+    return value > 1 ? 1 : value;
+}
+
 QString pairForm(double first, double second)
 {
     return XQStringFromFloat(float(first)) + kPairSeparator + XQStringFromFloat(float(second));
@@ -191,9 +200,9 @@ QString XQXMLStringValueFromColor(const std::optional<Color>& color)
 {
     if (!color)
         return {};
-    return XQStringFromFloat(float(color->redComponent())) + kColorSeparator
-        + XQStringFromFloat(float(color->greenComponent())) + kColorSeparator
-        + XQStringFromFloat(float(color->blueComponent()));
+    return XQStringFromFloat(float(unitComponent(color->redComponent()))) + kColorSeparator
+        + XQStringFromFloat(float(unitComponent(color->greenComponent()))) + kColorSeparator
+        + XQStringFromFloat(float(unitComponent(color->blueComponent())));
 }
 
 std::optional<Color> XQColorFromXMLStringValue(const QString& text)
@@ -203,7 +212,8 @@ std::optional<Color> XQColorFromXMLStringValue(const QString& text)
         return std::nullopt;
     // Read at double precision: the written digits come back exactly, and writing them again gives the
     // same text.
-    return Color(stringDoubleValue(parts[0]), stringDoubleValue(parts[1]), stringDoubleValue(parts[2]));
+    return Color(unitComponent(stringDoubleValue(parts[0])), unitComponent(stringDoubleValue(parts[1])),
+                 unitComponent(stringDoubleValue(parts[2])));
 }
 
 QString XQXMLStringValueFromDate(const QDateTime& date)
