@@ -224,6 +224,21 @@ TEST(NoteTags, DeeplyNestedTagsPairAsWhenReadOneByOne)
     }
 }
 
+TEST(NoteTags, AnnotationColoursReadWithinZeroToOne)
+{
+    // Components outside 0–1, overflowing or not numbers are clamped, so the tags written for the
+    // colour read back as the same colour.
+    const AttributedString text =
+        read(QStringLiteral("{\\Qlry_annot \\color={\\R=1e39\\G=-2\\B=nan} \\text=x\\end_Qlry_annot}"
+                            "{\\Qlry_annot \\color={\\R=-0\\G=0.25\\B=7} \\text=y\\end_Qlry_annot}"));
+    ASSERT_EQ(text.string(), "xy");
+    EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 0), Color(1, 0, 0));
+    EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 1), Color(0, 0.25, 1));
+    const AttributedString again = read(attributedStringByConvertingAttributesToTags(text).string());
+    EXPECT_EQ(*colourAt(again, XQAnnotationAttributeName, 0), Color(1, 0, 0));
+    EXPECT_EQ(*colourAt(again, XQAnnotationAttributeName, 1), Color(0, 0.25, 1));
+}
+
 TEST(NoteTags, TagsAreReadOneAfterAnotherAsIfEachWereRemovedAtOnce)
 {
     // The first closing marker belongs to the first annotation; the second annotation then runs to the

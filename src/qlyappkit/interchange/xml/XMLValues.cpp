@@ -35,15 +35,6 @@ QString floatForm(double value)
     return QString::fromLatin1(printed.data(), qsizetype(end));
 }
 
-// A colour component as calibrated colours hold it: within 0–1, and 0 for NaN (and for -0, which
-// would be written "-0.0").
-double unitComponent(double value)
-{
-    if (!(value > 0))
-        return 0;
-    return value > 1 ? 1 : value;
-}
-
 QString pairForm(double first, double second)
 {
     return XQStringFromFloat(float(first)) + kPairSeparator + XQStringFromFloat(float(second));
@@ -200,9 +191,11 @@ QString XQXMLStringValueFromColor(const std::optional<Color>& color)
 {
     if (!color)
         return {};
-    return XQStringFromFloat(float(unitComponent(color->redComponent()))) + kColorSeparator
-        + XQStringFromFloat(float(unitComponent(color->greenComponent()))) + kColorSeparator
-        + XQStringFromFloat(float(unitComponent(color->blueComponent())));
+    // Written as it would read back, so that the text is read as what was stored.
+    const Color stored = Color::calibratedRGB(color->redComponent(), color->greenComponent(), color->blueComponent());
+    return XQStringFromFloat(float(stored.redComponent())) + kColorSeparator
+        + XQStringFromFloat(float(stored.greenComponent())) + kColorSeparator
+        + XQStringFromFloat(float(stored.blueComponent()));
 }
 
 std::optional<Color> XQColorFromXMLStringValue(const QString& text)
@@ -212,8 +205,7 @@ std::optional<Color> XQColorFromXMLStringValue(const QString& text)
         return std::nullopt;
     // Read at double precision: the written digits come back exactly, and writing them again gives the
     // same text.
-    return Color(unitComponent(stringDoubleValue(parts[0])), unitComponent(stringDoubleValue(parts[1])),
-                 unitComponent(stringDoubleValue(parts[2])));
+    return Color::calibratedRGB(stringDoubleValue(parts[0]), stringDoubleValue(parts[1]), stringDoubleValue(parts[2]));
 }
 
 QString XQXMLStringValueFromDate(const QDateTime& date)

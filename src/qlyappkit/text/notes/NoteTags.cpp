@@ -247,8 +247,9 @@ AttributedString readAnnotations(const AttributedString& text, ColourForm form, 
                 auto component = [&](qsizetype start, qsizetype end) {
                     return double(stringFloatValue(QStringView(s).mid(start, end - start)));
                 };
-                colour = Color(component(open.end(), green.location), component(green.end(), blue.location),
-                               component(blue.end(), textMarker.location), 1.0);
+                colour =
+                    Color::calibratedRGB(component(open.end(), green.location), component(green.end(), blue.location),
+                                         component(blue.end(), textMarker.location));
             }
         } else {
             textMarker = scanner.findWithin(XQAnnotationTextReadForm, open.end(), close.location);
