@@ -17,13 +17,6 @@ const QString UrlSchemeSeparator = QStringLiteral("://");
 // depend only on nearby characters, and a window keeps each check independent of the text's size.
 constexpr qsizetype WordContext = 64;
 
-Range clipped(Range range, qsizetype size)
-{
-    const qsizetype start = std::clamp<qsizetype>(range.location, 0, size);
-    const qsizetype end = std::clamp<qsizetype>(range.location + std::max<qsizetype>(range.length, 0), start, size);
-    return Range::fromBounds(start, end);
-}
-
 // ---- code points read through an AttributedString, for the trimming sets
 
 char32_t codePointAt(const AttributedString& s, qsizetype i, int* width)
@@ -95,7 +88,7 @@ qsizetype replaceMatches(MutableAttributedString& self, const QString& text, con
                          const QString& replacement, unsigned options, Range range, const MatchDecision& decide)
 {
     const bool backwards = options & BackwardsSearch;
-    const Range whole = clipped(range, text.size());
+    const Range whole = clippedRange(range, text.size());
     const qsizetype k = WordContext;
 
     qsizetype tailEnd = whole.location;
