@@ -116,6 +116,7 @@ void LayoutManager::rebuildAllParagraphs()
     m_units.clear();
     m_validEnd = 0;
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
     if (m_storage)
         resegment(0, 0, 0, m_storage->length());
@@ -221,6 +222,7 @@ void LayoutManager::invalidateFromUnit(qsizetype unit)
 {
     m_validEnd = std::min(m_validEnd, unit);
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
 }
 
@@ -237,6 +239,7 @@ void LayoutManager::invalidateFromContainer(qsizetype containerIndex)
     if (m_validEnd > firstUntrusted || firstUntrusted < qsizetype(m_units.size()))
         invalidateFromUnit(firstUntrusted);
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
 }
 
@@ -272,8 +275,11 @@ void LayoutManager::layoutUntil(const std::function<bool()>& stop)
         if (m_validEnd >= qsizetype(m_units.size())) {
             if (!m_endReported) {
                 m_endReported = true;
+                placeExtraLineFragment();
                 if (m_containerList.empty())
                     reportCompletion(-1, true);
+                else if (m_extraLine.container >= 0)
+                    reportCompletion(m_extraLine.container, true);
                 else
                     reportCompletion(m_units.empty() ? 0 : m_units.back()->endContainer, true);
             }
