@@ -18,6 +18,7 @@
 #include <qlyappkit/platform/text/TextStorage.h>
 
 class QPainter;
+class QTextLine;
 
 namespace qly {
 
@@ -184,6 +185,8 @@ private:
     void reportCompletion(qsizetype containerIndex, bool atEnd);
     const LineFragment* lineAtGlyph(qsizetype glyphIndex);
     void placeExtraLineFragment();
+    void drawLineAroundAttachments(QPainter* painter, const LaidParagraph& unit, const QTextLine& line,
+                                   const QPointF& position);
     /// x of a character boundary on a placed line, from the container's left edge.
     double xForOffset(const LaidParagraph& unit, size_t line, qsizetype offset) const;
 

@@ -452,7 +452,7 @@ void TextView::mouseMoveEvent(QMouseEvent* event)
 void TextView::mouseReleaseEvent(QMouseEvent* event)
 {
     m_dragging = false;
-    QWidget::mouseReleaseEvent(event);
+    event->accept();
 }
 
 } // namespace qly
