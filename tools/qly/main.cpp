@@ -30,6 +30,7 @@ const Command Commands[] = {
     {"diff", qly::tool::runDiff, false, "what changed between two versions of a document"},
     {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
     {"fits", qly::tool::runFits, true, "whether a document fits on one page; its page count"},
+    {"pages", qly::tool::runPages, true, "a document printed as pages, to PDF or a picture"},
 };
 
 void printUsage(FILE* stream)
