@@ -67,13 +67,11 @@ TEST(ExtendedRTFWriter, SectionsHeadersBookmarksKeepWithNextAndPictures)
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\pgrestart\\pgnstarts1")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("{\\header {}}{\\footer {}}")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\cols2\\colsx720")));
-    const qsizetype chapterHeader =
-        rtf.indexOf(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One"));
+    const qsizetype chapterHeader = rtf.indexOf(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0 Chapter One"));
     ASSERT_GE(chapterHeader, 0) << rtf.toStdString();
-    EXPECT_TRUE(
-        rtf.mid(chapterHeader)
-            .startsWith(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0  Chapter One\\tab {\\chpgn} of "
-                                       "{\\field {\\*\\fldinst {NUMPAGES}}{\\fldrslt 1}}")));
+    EXPECT_TRUE(rtf.mid(chapterHeader)
+                    .startsWith(QStringLiteral("{\\header {\\pard\\tqr\\tx7200\\ql {\\f0 Chapter One\\tab {\\chpgn} of "
+                                               "{\\field {\\*\\fldinst {NUMPAGES}}{\\fldrslt 1}}")));
     EXPECT_TRUE(rtf.contains(QStringLiteral("\\b1 Draft\\b0 ")));
     // Bookmark and page reference.
     EXPECT_TRUE(rtf.contains(QStringLiteral("{\\*\\bkmkstart Target_Mark}target{\\*\\bkmkend Target_Mark}")));
