@@ -103,24 +103,26 @@ void encloseNotes(Context& c)
     }
     // A linked note made inline starts with one blank that parts it from its anchor. As a real note it
     // has a mark instead: the blank goes, or it would stand before the mark or double the one after.
+    // A note that is nothing but the blank keeps it: deleting it would delete the note.
+    if (!footnotes.empty()) {
+        const QVariant font = c.text.attribute(FontAttributeName, footnotes.front().first.location);
+        const double size = font.metaType() == QMetaType::fromType<Font>() ? font.value<Font>().pointSize() : 12.0;
+        c.footnoteMarkSize = int(size * 2);
+    }
     std::vector<qsizetype> separators;
     for (const auto& [range, kind] : footnotes) {
-        if (kind != XQInlineFootnoteKind && c.text.characterAt(range.location) == InlineNoteSeparator)
+        if (kind != XQInlineFootnoteKind && range.length > 1
+            && c.text.characterAt(range.location) == InlineNoteSeparator)
             separators.push_back(range.location);
     }
     c.text.enumerateAttribute(XQLinkedCommentAttributeName, Range{0, c.text.length()}, [&](const QVariant& v, Range r) {
-        if (v.isValid() && c.text.characterAt(r.location) == InlineNoteSeparator)
+        if (v.isValid() && r.length > 1 && c.text.characterAt(r.location) == InlineNoteSeparator)
             separators.push_back(r.location);
         return true;
     });
     std::sort(separators.begin(), separators.end());
     for (auto it = separators.rbegin(); it != separators.rend(); ++it)
         c.text.deleteCharacters(Range{*it, 1});
-    if (!footnotes.empty()) {
-        const QVariant font = c.text.attribute(FontAttributeName, footnotes.front().first.location);
-        const double size = font.metaType() == QMetaType::fromType<Font>() ? font.value<Font>().pointSize() : 12.0;
-        c.footnoteMarkSize = int(size * 2);
-    }
     encloseAttribute(c.text, XQCommentAttributeName, CommentLinkStartTag, CommentLinkEndTag, true);
     encloseAttribute(c.text, XQLinkedCommentAttributeName, CommentTextStartTag, CommentTextEndTag, true);
     encloseAttribute(c.text, XQAnnotationAttributeName, AnnotationStartTag, AnnotationEndTag, true);
