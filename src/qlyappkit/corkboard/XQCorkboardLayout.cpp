@@ -98,7 +98,7 @@ void XQCorkboardView::tile()
     XQEmptyFloatArray(&m_columnModeRowOrigins);
     m_sectionStarts.clear();
     const bool rtl = m_cardsUseRightToLeftDirection;
-    const double x0 = rtl ? width() - w - spacing : spacing;
+    const double x0 = rtl ? W - w - spacing : spacing;
     const double step = rtl ? -(w + spacing) : w + spacing;
     double y = spacing;
     double B = 0;
@@ -138,11 +138,16 @@ void XQCorkboardView::tile()
     }
     m_sectionStarts.push_back(global);
     const double height = std::max(B, H);
-    if (rowsMode) {
+    if (rowsMode)
         W = std::max(W, widestRow);
-        for (QRectF& rect : m_sectionRects.rects)
-            rect.setWidth(W);
+    // Cards narrowed to the 10-point minimum can run past a very narrow visible width: the board
+    // widens to hold them rather than cut them off.
+    if (!rtl) {
+        for (const QRectF& card : m_cardRects.rects)
+            W = std::max(W, card.right() + spacing);
     }
+    for (QRectF& rect : m_sectionRects.rects)
+        rect.setWidth(W);
     finishTile(W, height);
 }
 
@@ -169,7 +174,7 @@ void XQCorkboardView::tileColumns()
     XQEmptyFloatArray(&m_columnModeRowOrigins);
     m_sectionStarts.clear();
     const bool rtl = m_cardsUseRightToLeftDirection;
-    double x = rtl ? width() - w - spacing : spacing;
+    double x = rtl ? W - w - spacing : spacing;
     const double cw = m_fixedSizeCardWidth + spacing;
     std::vector<double>& origins = m_columnModeRowOrigins.floats;
     double tallestColumn = 0;

@@ -357,7 +357,9 @@ QRectF XQCorkboardView::visibleArea() const
 {
     if (QScrollArea* area = enclosingScrollArea())
         return area->viewport() ? QRectF(QPointF(0, 0), QSizeF(area->viewport()->size())) : QRectF();
-    return QRectF(QPointF(0, 0), QSizeF(size()));
+    // On its own, the board's frame is what its owner last gave it, not the size tiling grew it to:
+    // otherwise a board would only ever grow.
+    return QRectF(QPointF(0, 0), QSizeF(size() == m_tiledSize ? m_ownerSize : size()));
 }
 
 void XQCorkboardView::finishTile(double width, double height)
@@ -366,6 +368,9 @@ void XQCorkboardView::finishTile(double width, double height)
     constexpr double MaxExtent = 16000000;
     const QSize newSize(int(std::ceil(std::clamp(width, 0.0, MaxExtent))),
                         int(std::ceil(std::clamp(height, 0.0, MaxExtent))));
+    if (size() != m_tiledSize)
+        m_ownerSize = size();
+    m_tiledSize = newSize;
     if (newSize != size()) {
         m_settingFrame = true;
         resize(newSize);
@@ -379,6 +384,11 @@ void XQCorkboardView::finishTile(double width, double height)
 void XQCorkboardView::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
+    // A pending resize delivered when a hidden board is shown reports the tiled size: not the owner's.
+    if (!m_settingFrame && event->size() != m_tiledSize) {
+        m_ownerSize = size();
+        m_tiledSize = QSize();
+    }
     // A board on its own follows its frame; one in a scroll area follows the viewport instead.
     if (!m_settingFrame && !enclosingScrollArea() && event->size().width() != event->oldSize().width())
         layoutChanged();

@@ -419,6 +419,8 @@ private:
     QLineEdit* m_titleEditor = nullptr;
     QPlainTextEdit* m_textEditor = nullptr;
     bool m_settingFrame = false;
+    QSize m_ownerSize; // the frame the owner gave a board that is not in a scroll area
+    QSize m_tiledSize; // the size the last layout pass gave it (invalid before one)
     QPointer<QObject> m_watchedViewport;
 };
 
