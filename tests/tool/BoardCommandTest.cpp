@@ -101,7 +101,7 @@ XQCorkboardCardList outlineCards()
     arrival.stamp = QStringLiteral("Draft");
     arrival.labelColor = QColor(0x30, 0x60, 0xc0);
     XQCorkboardCard tower = textCard(QStringLiteral("The tower"), QString());
-    tower.labelColor = QColor(Qt::green);
+    tower.labelColor = QColor(0, 128, 0); // the colour named green
     return XQCorkboardCardList(
         {XQCorkboardSection{QStringLiteral("Act One"), {arrival, tower}},
          XQCorkboardSection{QStringLiteral("Act Two"),
@@ -136,8 +136,9 @@ TEST(BoardCommand, AFolderIsDrawnAsItsCardsInEveryMode)
         const QImage expected = expectedBoard(folderCards(), c.settings);
         EXPECT_EQ(picture.size(), expected.size());
         EXPECT_TRUE(picture == expected);
-        if (!c.options.isEmpty())
+        if (!c.options.isEmpty()) {
             EXPECT_FALSE(picture == reference); // the option changed the picture
+        }
     }
 }
 

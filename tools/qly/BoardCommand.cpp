@@ -4,11 +4,11 @@
 #include <qlyappkit/corkboard/XQCorkboardView.h>
 #include <qlyappkit/formats/opml/XQOPMLStorage.h>
 #include <qlyappkit/formats/outline/OPMLOutline.h>
+#include <qlyappkit/formats/outline/TitleOrdering.h>
 #include <qlyappkit/platform/services/ContainedPaths.h>
 #include <qlyappkit/platform/services/NamedException.h>
 
 #include <QBuffer>
-#include <QCollator>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageReader>
@@ -76,11 +76,9 @@ QFileInfoList orderedEntries(const QString& folder)
 {
     QFileInfoList entries =
         QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    QCollator collator;
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::stable_sort(entries.begin(), entries.end(), [&](const QFileInfo& a, const QFileInfo& b) {
-        return collator.compare(a.fileName(), b.fileName()) < 0;
+    // Not a collator: without ICU its numeric mode is ignored and "10" would sort before "2".
+    std::stable_sort(entries.begin(), entries.end(), [](const QFileInfo& a, const QFileInfo& b) {
+        return compareTitlesNumerically(a.fileName(), b.fileName(), true) == OrderedAscending;
     });
     entries.erase(std::remove_if(entries.begin(), entries.end(),
                                  [](const QFileInfo& info) { return info.fileName().startsWith(u'.'); }),
