@@ -55,8 +55,8 @@ TestDataSource twelveCards(const std::vector<int>& sections)
             TestCard card;
             card.title = QStringLiteral("Scene %1").arg(n + 1);
             card.text = QStringLiteral("Short text %1.").arg(n + 1);
-            // Freeform: four across, well apart.
-            card.coordinate = QPointF((n % 4) * 1.3, (n / 4) * 0.9);
+            // Freeform: four across, well apart, clear of the board's edges so that every pin shows.
+            card.coordinate = QPointF(0.2 + (n % 4) * 1.3, 0.2 + (n / 4) * 0.9);
             cards.back().push_back(card);
         }
     }
