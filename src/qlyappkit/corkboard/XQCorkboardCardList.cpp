@@ -1,5 +1,6 @@
 #include <qlyappkit/corkboard/XQCorkboardCardList.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include <qlyappkit/platform/values/Color.h>
@@ -31,16 +32,20 @@ XQCorkboardCard* XQCorkboardCardList::cardAt(qsizetype index)
 
 void XQCorkboardCardList::arrangeFreeform(double cardHeightRatio)
 {
-    // Columns 1.25 card widths apart; rows a card height plus a third apart, nudged a little by a
-    // fixed pattern so the board does not look machine-set.
+    // Columns 1.25 card widths apart; each card a third of a card height below the one above, nudged
+    // a little by a fixed pattern so the board does not look machine-set. A picture card is at most
+    // a card width tall, so it gets that much room.
     static constexpr double Nudges[] = {0.0, 0.06, -0.04, 0.09, 0.02, -0.07, 0.05};
-    const double rowStep = std::max(0.1, cardHeightRatio) * 1.33;
+    const double ratio = std::max(0.1, cardHeightRatio);
+    const double gap = ratio * 0.33;
     qsizetype n = 0;
     for (qsizetype s = 0; s < m_sections.size(); ++s) {
         QList<XQCorkboardCard>& cards = m_sections[s].cards;
+        double y = 0.12;
         for (qsizetype k = 0; k < cards.size(); ++k, ++n) {
             const double nx = Nudges[n % 7], ny = Nudges[(n + 3) % 7];
-            cards[k].coordinate = QPointF(0.12 + double(s) * 1.25 + nx, 0.12 + double(k) * rowStep + ny * 0.5);
+            cards[k].coordinate = QPointF(0.12 + double(s) * 1.25 + nx, y + ny * gap);
+            y += (cards[k].image.isNull() ? ratio : std::max(ratio, 1.0)) + gap;
         }
     }
 }
