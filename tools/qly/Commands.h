@@ -16,5 +16,6 @@ int runDiff(const QStringList& args);
 int runOutline(const QStringList& args);
 int runFits(const QStringList& args);
 int runPages(const QStringList& args);
+int runBoard(const QStringList& args);
 
 } // namespace qly::tool

@@ -31,6 +31,7 @@ const Command Commands[] = {
     {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
     {"fits", qly::tool::runFits, true, "whether a document fits on one page; its page count"},
     {"pages", qly::tool::runPages, true, "a document printed as pages, to PDF or a picture"},
+    {"board", qly::tool::runBoard, true, "index cards on a corkboard, drawn to a PNG picture"},
 };
 
 void printUsage(FILE* stream)
