@@ -1,6 +1,7 @@
 // Runs a fuzz target's entry point on stored inputs, so that the ordinary (gcc) build replays every
 // corpus as a test: replay_NAME PATH... where each path is an input file or a folder of them.
-// A folder that does not exist holds no inputs.
+// A path that does not exist, or a folder with no inputs, is an error: a replay that reads nothing
+// would pass without checking anything.
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,9 +11,13 @@
 #include <cstdio>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+// Targets that need set-up (an application object for fonts) define it; as libFuzzer does, it runs once.
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 
 int main(int argc, char** argv)
 {
+    if (LLVMFuzzerInitialize)
+        LLVMFuzzerInitialize(&argc, &argv);
     QStringList files;
     for (int i = 1; i < argc; ++i) {
         const QString path = QString::fromLocal8Bit(argv[i]);
@@ -23,7 +28,14 @@ int main(int argc, char** argv)
                 files << dir.filePath(name);
         } else if (info.exists()) {
             files << path;
+        } else {
+            std::fprintf(stderr, "no such input: %s\n", qPrintable(path));
+            return 1;
         }
+    }
+    if (files.isEmpty()) {
+        std::fprintf(stderr, "no inputs to replay\n");
+        return 1;
     }
     for (const QString& path : files) {
         QFile file(path);
