@@ -19,6 +19,7 @@ const QString ExcludedDoctype = QStringLiteral("DOCTYPE");
 const QString ExcludedStyle = QStringLiteral("STYLE");
 const QString ExcludedSpan = QStringLiteral("SPAN");
 const QString ExcludedLink = QStringLiteral("A");
+const char* const UntitledTitle = "Untitled"; // the title of a page whose document has none
 constexpr char16_t PageBreak = 0x000C;
 constexpr int MaxListTextLength = 24; // "\t1.\t" and the like in front of list items
 constexpr int MaxHeaderLevel = 6;
@@ -198,7 +199,7 @@ QString Writer::head() const
     }
     QString title = m_documentAttributes.value(TitleDocumentAttribute).toString().trimmed();
     if (title.isEmpty())
-        title = localized("Untitled");
+        title = localized(UntitledTitle);
     head += QLatin1String("<title>");
     html::appendEscapedText(head, title, QStringLiteral(" "));
     head += QLatin1String("</title>\n");
