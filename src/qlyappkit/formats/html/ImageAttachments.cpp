@@ -16,6 +16,9 @@ namespace {
 
 constexpr int PDFResolution = 144; // dots per inch: sharp on screens that double pixels
 constexpr int JPEGQuality = 90;
+// Moderate compression: pictures encoded for a page are written nearly twice as fast as at the
+// default level, for files about half as large again.
+constexpr int PNGQuality = 50;
 const QByteArray PDFSignature = QByteArrayLiteral("%PDF");
 
 bool isPDF(const TextAttachment& attachment, const QByteArray& bytes)
@@ -120,8 +123,7 @@ std::optional<ImageRepresentation> imageRepresentation(const TextAttachment& att
     QBuffer out(&encoded);
     out.open(QIODevice::WriteOnly);
     QImageWriter writer(&out, wanted);
-    if (asJPEG)
-        writer.setQuality(JPEGQuality);
+    writer.setQuality(asJPEG ? JPEGQuality : PNGQuality);
     const QImage source = asJPEG ? onWhite(image) : image;
     if (!writer.write(source))
         return std::nullopt;
