@@ -101,6 +101,11 @@ DocumentFormatHandler htmlFormatHandler()
                                                             : error.localizedDescription);
             return int(ExitFailure);
         }
+        // When the folder could not be made the page is written alone: say what it lacks.
+        if (textNeedsImagesFolder(page) && !QFileInfo(outputPath).isDir())
+            printWarnings(document.inputPath, {QStringLiteral("the pictures could not be written beside %1; the "
+                                                              "page was written without them")
+                                                   .arg(outputPath)});
         return int(ExitSuccess);
     };
     return handler;
