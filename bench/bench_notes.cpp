@@ -1,7 +1,8 @@
 // The note conversions on a long manuscript: a generated 200,000-word text holding 2,000 notes of
 // each kind (annotations, inline footnotes, preserve-formatting runs, keep-with-next paragraphs,
-// linked comments and inline comments). Reported per run as counters: median_ms over the runs, and
-// the text's size.
+// linked comments and inline comments). Reading tags is also timed on hostile texts: 200,000
+// annotation tags without their colour parts, in either colour form, and 200,000 nested tags.
+// Reported per run as counters: median_ms over the runs, and the text's size.
 #include "BenchSupport.h"
 
 #include <benchmark/benchmark.h>
@@ -136,8 +137,55 @@ void BM_InlineOutput(benchmark::State& state)
     state.counters["units"] = double(text.length());
 }
 
+// Texts whose tags a reader must not search beyond their own closing marker.
+enum HostileText { MalformedDecimal, MalformedHexadecimal, NestedAnnotations };
+constexpr int HostileTags = 200'000;
+
+QString hostileText(HostileText kind, bool newlines)
+{
+    const QString lineFeed = newlines ? QStringLiteral("\n") : QString();
+    switch (kind) {
+    case MalformedDecimal:
+        return (lineFeed + QStringLiteral("{\\QLRY_ANNOT \\COLOR={\\R=1 x\\END_QLRY_ANNOT}") + lineFeed)
+            .repeated(HostileTags);
+    case MalformedHexadecimal:
+        return (lineFeed + QStringLiteral("{\\QLRY_ANNOT \\COLOR={#FF0000 x\\END_QLRY_ANNOT}") + lineFeed)
+            .repeated(HostileTags);
+    case NestedAnnotations:
+        return (lineFeed + QStringLiteral("{\\QLRY_ANNOT \\COLOR={\\R=1\\G=0\\B=0} \\TEXT=a")).repeated(HostileTags)
+            + (QStringLiteral("b\\END_QLRY_ANNOT}") + lineFeed).repeated(HostileTags);
+    }
+    return {};
+}
+
+// Arguments: the hostile text, and whether the reader removes the line feeds around annotations (the
+// text then has them).
+void BM_ReadHostileTags(benchmark::State& state)
+{
+    const auto kind = HostileText(state.range(0));
+    const bool newlines = state.range(1) != 0;
+    const AttributedString text(hostileText(kind, newlines));
+    std::vector<double> ms;
+    for (auto _ : state) {
+        AttributedString out;
+        ms.push_back(timeMs([&] {
+            out = attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(text, newlines);
+        }));
+        benchmark::DoNotOptimize(out);
+        if (kind != NestedAnnotations && out.length() != text.length())
+            state.SkipWithError("a malformed tag was read");
+    }
+    state.counters["median_ms"] = qly::bench::median(ms);
+    state.counters["units"] = double(text.length());
+}
+
 } // namespace
 
+BENCHMARK(BM_ReadHostileTags)
+    ->ArgNames({"text", "newlines"})
+    ->ArgsProduct({{MalformedDecimal, MalformedHexadecimal, NestedAnnotations}, {0, 1}})
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_AttributesToTagsToAttributes)->Iterations(9)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_InlineOutput)->Iterations(9)->Unit(benchmark::kMillisecond);
 

@@ -258,3 +258,29 @@ TEST(CommentsSideFile, LoadingCommentsFromADictionary)
               QVariant(QVariantMap{{QStringLiteral("QuilleryLink"), QStringLiteral("Doc-9")}}));
     EXPECT_EQ(text.string(), QStringLiteral("one two three four five"));
 }
+
+TEST(CommentsSideFile, DeeplyNestedRichTextIsReadWithoutRecursion)
+{
+    // The RTF of a comment split over 200,000 nested elements (1.4 MB): their text joined in document
+    // order is the rich text, as for any other element.
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("comments.xml"));
+    constexpr int depth = 200'000;
+    QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Comments><Comment ID=\"A\"><RTF>{\\rtf1 deep";
+    for (int i = 0; i < depth; ++i)
+        xml += "<a>";
+    xml += " text";
+    for (int i = 0; i < depth; ++i)
+        xml += "</a>";
+    xml += "}</RTF></Comment><Comment ID=\"B\"/></Comments>\n";
+    writeFileBytes(path, xml);
+
+    const std::optional<XQCommentsByID> comments = commentsFromURL(path);
+    ASSERT_TRUE(comments);
+    ASSERT_EQ(comments->size(), 2);
+    const XQCommentPtr a = comments->value(QStringLiteral("A"));
+    ASSERT_TRUE(a);
+    EXPECT_EQ(a->text().string(), QStringLiteral("deep text"));
+    EXPECT_TRUE(comments->value(QStringLiteral("B")));
+}

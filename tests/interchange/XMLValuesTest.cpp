@@ -1,6 +1,7 @@
 #include <qlyappkit/interchange/xml/XMLValues.h>
 
 #include <QStringList>
+#include <algorithm>
 
 #include <cmath>
 #include <limits>
@@ -143,6 +144,34 @@ TEST(XMLValues, Colours)
 
     for (const QString& text : {u""_qs, u"1 0"_qs, u"1 0 0 1"_qs, u"1  0 0"_qs, u"1,0,0"_qs, u" 1 0 0"_qs})
         EXPECT_FALSE(XQColorFromXMLStringValue(text)) << text.toStdString();
+}
+
+TEST(XMLValues, ColourComponentsStayWithinZeroToOne)
+{
+    // Read: clamped as calibrated colours are; overflowing exponents are no exception.
+    EXPECT_EQ(XQColorFromXMLStringValue(u"1e39 0 0"_qs), Color(1, 0, 0));
+    EXPECT_EQ(XQColorFromXMLStringValue(u"-0.5 2 0.25"_qs), Color(0, 1, 0.25));
+    EXPECT_EQ(XQColorFromXMLStringValue(u"1e999 -1e999 -0"_qs), Color(1, 0, 0));
+    EXPECT_EQ(XQColorFromXMLStringValue(u"inf nan -inf"_qs), Color(0, 0, 0));
+
+    // Written: clamped too, so no component is written as "inf", "nan" or "-0.0".
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(XQXMLStringValueFromColor(Color(1e39, -3, nan)), u"1.0 0.0 0.0");
+    EXPECT_EQ(XQXMLStringValueFromColor(Color(infinity, -infinity, -0.0)), u"1.0 0.0 0.0");
+
+    // What is written reads back as what was stored, and writes again the same.
+    for (const Color& stored : {Color(1e39, 0, 0), Color(0.123456789, -2, 0.9999996), Color(1.0 / 3, 0.5, nan)}) {
+        const QString written = XQXMLStringValueFromColor(stored);
+        const std::optional<Color> read = XQColorFromXMLStringValue(written);
+        ASSERT_TRUE(read) << written.toStdString();
+        EXPECT_EQ(XQXMLStringValueFromColor(read), written);
+        for (auto component : {&Color::redComponent, &Color::greenComponent, &Color::blueComponent}) {
+            const double value = (stored.*component)();
+            EXPECT_NEAR(((*read).*component)(), std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 1.0), 5e-7)
+                << written.toStdString();
+        }
+    }
 }
 
 TEST(XMLValues, DatesKeepTheirOffset)

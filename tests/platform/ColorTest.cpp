@@ -1,5 +1,8 @@
 #include <qlyappkit/platform/values/Color.h>
 
+#include <cmath>
+#include <limits>
+
 using qly::Color;
 
 TEST(Color, ComponentsAndQColorConversion)
@@ -28,4 +31,16 @@ TEST(Color, ComponentsAndQColorConversion)
     EXPECT_DOUBLE_EQ(fromHsv.redComponent(), 1);
     EXPECT_DOUBLE_EQ(fromHsv.greenComponent(), 0);
     EXPECT_DOUBLE_EQ(fromHsv.blueComponent(), 0);
+}
+
+TEST(Color, CalibratedComponentsAreClampedToZeroToOne)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(Color::calibratedRGB(0.25, 0.5, 0.75, 0.5), Color(0.25, 0.5, 0.75, 0.5));
+    EXPECT_EQ(Color::calibratedRGB(1e39, -2, nan), Color(1, 0, 0, 1));
+    EXPECT_EQ(Color::calibratedRGB(infinity, -infinity, 1, 7), Color(1, 0, 1, 1));
+    // -0 becomes +0, which "%f" does not print with a sign.
+    EXPECT_FALSE(std::signbit(Color::calibratedRGB(-0.0, 0, 0, -0.0).redComponent()));
+    EXPECT_FALSE(std::signbit(Color::calibratedRGB(-0.0, 0, 0, -0.0).alphaComponent()));
 }

@@ -130,3 +130,26 @@ TEST(EscapeParsing, CurlyBracketExpansionBalancesBraces)
     EXPECT_EQ(expandedRangeToIncludeCurlyBracketsAroundRange(s(u"{a {b"), Range{1, 1}), (Range{0, 2}));
     EXPECT_EQ(expandedRangeToIncludeCurlyBracketsAroundRange(s(u"{a {b} c"), Range{1, 1}), (Range{0, 6}));
 }
+
+TEST(EscapeParsing, RangesWithAnyValuesAreClipped)
+{
+    constexpr qsizetype max = std::numeric_limits<qsizetype>::max(), min = std::numeric_limits<qsizetype>::min();
+    EXPECT_EQ(clippedRange(Range{3, max}, 10), (Range{3, 7}));
+    EXPECT_EQ(clippedRange(Range{max, 5}, 10), (Range{10, 0}));
+    EXPECT_EQ(clippedRange(Range{min, max}, 10), (Range{0, 0}));
+    EXPECT_EQ(clippedRange(Range{-4, 6}, 10), (Range{0, 2}));
+    EXPECT_EQ(clippedRange(Range{4, -6}, 10), (Range{4, 0}));
+    EXPECT_EQ(clippedRange(Range{min, min}, 10), (Range{0, 0}));
+    EXPECT_EQ(clippedRange(Range{12, 3}, 10), (Range{10, 0}));
+
+    // Every search and count takes such ranges.
+    const QString text = s(u"{a \\x <$x>12 } x");
+    EXPECT_EQ(rangeOfUnescapedString(text, u"x"_qs, 0, Range{1, max}), (Range{8, 1}));
+    EXPECT_EQ(rangeOfUnescapedString(text, u"x"_qs, BackwardsSearch, Range{1, max}), (Range{15, 1}));
+    EXPECT_TRUE(rangeOfUnescapedString(text, u"x"_qs, 0, Range{max, max}).isNotFound());
+    EXPECT_EQ(occurrencesOfUnescapedString(text, u"x"_qs, 0, Range{-5, max}), 2);
+    EXPECT_EQ(occurrencesOfUnescapedString(text, u"x"_qs, 0, Range{min, max}), 0);
+    EXPECT_EQ(integerAtEndOfUnescapedString(text, Marker, 0, Range{2, max}), 12);
+    EXPECT_EQ(expandedRangeToIncludeCurlyBracketsAroundRange(text, Range{3, max}), (Range{0, text.size()}));
+    EXPECT_EQ(expandedRangeToIncludeCurlyBracketsAroundRange(text, Range{3, min}), (Range{0, 14}));
+}

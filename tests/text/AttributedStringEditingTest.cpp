@@ -3,6 +3,7 @@
 #include <QUrl>
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -221,6 +222,15 @@ TEST(AttributedStringEditing, ReplacingAllFollowsTheRangeAndTheDirection)
     EXPECT_EQ(replaced(s(u"aaaaXaaaa"), s(u"aa"), s(u"b"), 0, Range{0, 4}), (Result{s(u"bbXaaaa"), 2}));
     EXPECT_EQ(replaced(s(u"aaaaaaa"), a, s(u"b"), 0, Range{5, 100}), (Result{s(u"aaaaabb"), 2}));
     EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range::notFound()), (Result{s(u"aaa"), 0}));
+    // Ranges with any values are clipped without overflowing.
+    constexpr qsizetype max = std::numeric_limits<qsizetype>::max(), min = std::numeric_limits<qsizetype>::min();
+    EXPECT_EQ(replaced(s(u"aaaaaaa"), a, s(u"b"), 0, Range{5, max}), (Result{s(u"aaaaabb"), 2}));
+    EXPECT_EQ(replaced(s(u"aaaaaaa"), a, s(u"b"), BackwardsSearch, Range{5, max}), (Result{s(u"aaaaabb"), 2}));
+    EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range{max, 5}), (Result{s(u"aaa"), 0}));
+    EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range{min, max}), (Result{s(u"aaa"), 0}));
+    EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range{-1, max}), (Result{s(u"bbb"), 3}));
+    EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range{-1, 3}), (Result{s(u"bba"), 2}));
+    EXPECT_EQ(replaced(s(u"aaa"), a, s(u"b"), 0, Range{2, -1}), (Result{s(u"aaa"), 0}));
     // A replacement holding the target is not searched again.
     EXPECT_EQ(replaced(s(u"aaa"), a, s(u"aa"), 0, Range{0, 3}), (Result{s(u"aaaaaa"), 3}));
     EXPECT_EQ(replaced(s(u"aaa"), a, s(u"aa"), BackwardsSearch, Range{0, 3}), (Result{s(u"aaaaaa"), 3}));

@@ -171,6 +171,74 @@ TEST(NoteTags, MalformedTagsStayAsText)
     }
 }
 
+TEST(NoteTags, ManyMalformedTagsStayAsTextAndTheNextTagIsRead)
+{
+    // Tags without their colour parts, in both colour forms, many times over: each is searched for its
+    // parts only up to its own closing marker, and all of them stay as text.
+    const QString decimal = QStringLiteral("{\\QLRY_ANNOT \\COLOR={\\R=1 x\\END_QLRY_ANNOT}");
+    const QString hexadecimal = QStringLiteral("{\\QLRY_ANNOT \\COLOR={#FF0000 x\\END_QLRY_ANNOT}");
+    for (const QString& malformed : {decimal, hexadecimal}) {
+        for (bool newlines : {false, true}) {
+            const QString repeated = (newlines ? u'\n' + malformed + u'\n' : malformed).repeated(20'000);
+            const QString good = newlines ? u'\n' + Open1 + "ok" + Close + u'\n' : Open1 + "ok" + Close;
+            const AttributedString text =
+                attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(
+                    AttributedString(repeated + good), newlines);
+            SCOPED_TRACE(malformed.toStdString() + (newlines ? " with line feeds" : ""));
+            ASSERT_EQ(text.string(), repeated + "ok");
+            const QString marked = coverage(text, XQAnnotationAttributeName);
+            EXPECT_EQ(marked.indexOf(u'#'), repeated.size());
+            EXPECT_EQ(marked.count(u'#'), 2);
+        }
+    }
+}
+
+TEST(NoteTags, DeeplyNestedTagsPairAsWhenReadOneByOne)
+{
+    // n openings, then n closings: the k-th tag runs from its opening to the k-th closing marker, and
+    // where tags overlap the later one wins.
+    constexpr int n = 2'000;
+    QString annotations, footnotes;
+    for (int k = 1; k <= n; ++k) {
+        annotations += QStringLiteral("{\\Qlry_annot \\color={\\R=1\\G=%1\\B=0} \\text=a").arg(k / double(n));
+        footnotes += QStringLiteral("{\\Qlry_fn=a");
+    }
+    for (int k = 1; k <= n; ++k) {
+        annotations += QStringLiteral("b\\end_Qlry_annot}");
+        footnotes += QStringLiteral("b\\end_Qlry_fn}");
+    }
+    const QString expected = QString(n, u'a') + QString(n, u'b');
+
+    const AttributedString readFootnotes = read(footnotes);
+    ASSERT_EQ(readFootnotes.string(), expected);
+    EXPECT_EQ(coverage(readFootnotes, XQFootnoteAttributeName), QString(2 * n, u'#'));
+
+    const AttributedString readAnnotations = read(annotations);
+    ASSERT_EQ(readAnnotations.string(), expected);
+    for (int k = 1; k <= n; ++k) {
+        const std::optional<Color> a = colourAt(readAnnotations, XQAnnotationAttributeName, k - 1);
+        const std::optional<Color> b = colourAt(readAnnotations, XQAnnotationAttributeName, n + k - 1);
+        ASSERT_TRUE(a && b) << k;
+        EXPECT_NEAR(a->greenComponent(), k / double(n), 1e-6) << k; // the k-th tag is the last over it
+        EXPECT_NEAR(b->greenComponent(), 1.0, 1e-6) << k; // the n-th tag runs over every closing
+    }
+}
+
+TEST(NoteTags, AnnotationColoursReadWithinZeroToOne)
+{
+    // Components outside 0–1, overflowing or not numbers are clamped, so the tags written for the
+    // colour read back as the same colour.
+    const AttributedString text =
+        read(QStringLiteral("{\\Qlry_annot \\color={\\R=1e39\\G=-2\\B=nan} \\text=x\\end_Qlry_annot}"
+                            "{\\Qlry_annot \\color={\\R=-0\\G=0.25\\B=7} \\text=y\\end_Qlry_annot}"));
+    ASSERT_EQ(text.string(), "xy");
+    EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 0), Color(1, 0, 0));
+    EXPECT_EQ(*colourAt(text, XQAnnotationAttributeName, 1), Color(0, 0.25, 1));
+    const AttributedString again = read(attributedStringByConvertingAttributesToTags(text).string());
+    EXPECT_EQ(*colourAt(again, XQAnnotationAttributeName, 0), Color(1, 0, 0));
+    EXPECT_EQ(*colourAt(again, XQAnnotationAttributeName, 1), Color(0, 0.25, 1));
+}
+
 TEST(NoteTags, TagsAreReadOneAfterAnotherAsIfEachWereRemovedAtOnce)
 {
     // The first closing marker belongs to the first annotation; the second annotation then runs to the

@@ -11,5 +11,9 @@ int runComments(const QStringList& args);
 int runConvert(const QStringList& args);
 int runNotes(const QStringList& args);
 int runScreenplay(const QStringList& args);
+/// Exit status 0 equal, 1 different, 2 trouble (usage errors included), as comparison tools have it.
+int runDiff(const QStringList& args);
+int runOutline(const QStringList& args);
+int runFits(const QStringList& args);
 
 } // namespace qly::tool

@@ -17,54 +17,25 @@ const QString OutputOption = QStringLiteral("output");
 const QString FromOption = QStringLiteral("from");
 const QString ToOption = QStringLiteral("to");
 
-const DocumentFormatHandler* handlerNamed(const QString& name)
-{
-    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-        if (handler.names.contains(name, Qt::CaseInsensitive))
-            return &handler;
-    }
-    return nullptr;
-}
-
-const DocumentFormatHandler* handlerForPath(const QString& path)
-{
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-        if (!suffix.isEmpty() && handler.extensions.contains(suffix))
-            return &handler;
-    }
-    return nullptr;
-}
-
-QString knownNames(bool readable)
-{
-    QStringList names;
-    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-        if (readable ? bool(handler.read) : bool(handler.write))
-            names.append(handler.names.constFirst());
-    }
-    return names.join(QStringLiteral(", "));
-}
-
 // The format an option names, or else the file name's; nothing after a message when neither tells.
 const DocumentFormatHandler* chosenHandler(const CommandLine& line, const QString& option, const QString& path)
 {
     const bool reading = option == FromOption;
     const DocumentFormatHandler* handler = nullptr;
     if (line.isSet(option)) {
-        handler = handlerNamed(line.value(option));
+        handler = documentFormatHandlerNamed(line.value(option));
         if (!handler) {
-            line.usageError(
-                QStringLiteral("unknown format '%1' (known: %2)").arg(line.value(option), knownNames(reading)));
+            line.usageError(QStringLiteral("unknown format '%1' (known: %2)")
+                                .arg(line.value(option), documentFormatHandlerNames(reading)));
             return nullptr;
         }
     } else if (path == StandardStreamName) {
         line.usageError(QStringLiteral("standard %1 needs --%2")
                             .arg(reading ? QStringLiteral("input") : QStringLiteral("output"), option));
         return nullptr;
-    } else if (!(handler = handlerForPath(path))) {
-        line.usageError(
-            QStringLiteral("%1: unknown format (name it with --%2; known: %3)").arg(path, option, knownNames(reading)));
+    } else if (!(handler = documentFormatHandlerForPath(path))) {
+        line.usageError(QStringLiteral("%1: unknown format (name it with --%2; known: %3)")
+                            .arg(path, option, documentFormatHandlerNames(reading)));
         return nullptr;
     }
     if (reading ? !handler->read : !handler->write) {
@@ -136,10 +107,10 @@ int runConvert(const QStringList& args)
                     QStringLiteral("The output file (\"-\": standard output)."),
                     QStringLiteral("OUT")});
     line.addOption({{QStringLiteral("f"), FromOption},
-                    QStringLiteral("The input format: %1.").arg(knownNames(true)),
+                    QStringLiteral("The input format: %1.").arg(documentFormatHandlerNames(true)),
                     QStringLiteral("FORMAT")});
     line.addOption({{QStringLiteral("t"), ToOption},
-                    QStringLiteral("The output format: %1.").arg(knownNames(false)),
+                    QStringLiteral("The output format: %1.").arg(documentFormatHandlerNames(false)),
                     QStringLiteral("FORMAT")});
     for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
         for (const QCommandLineOption& option : handler.options)
@@ -159,11 +130,12 @@ int runConvert(const QStringList& args)
     // A format that writes a folder at the output path itself (a page with pictures) takes an existing
     // folder there for its own earlier output.
     const DocumentFormatHandler* named =
-        line.isSet(ToOption) ? handlerNamed(line.value(ToOption)) : handlerForPath(output);
+        line.isSet(ToOption) ? documentFormatHandlerNamed(line.value(ToOption)) : documentFormatHandlerForPath(output);
     const bool folderOutput = isFolderOutput(output) && !(named && named->writesFolderAtPath && !output.endsWith(u'/'));
     // Pieces written into a folder are RTF unless -t names another format.
-    const DocumentFormatHandler* target = folderOutput && !line.isSet(ToOption) ? handlerNamed(QStringLiteral("rtf"))
-                                                                                : chosenHandler(line, ToOption, output);
+    const DocumentFormatHandler* target = folderOutput && !line.isSet(ToOption)
+        ? documentFormatHandlerNamed(QStringLiteral("rtf"))
+        : chosenHandler(line, ToOption, output);
     if (!target)
         return ExitUsage;
     // An option of a format that takes no part is refused rather than silently ignored.

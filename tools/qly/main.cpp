@@ -27,6 +27,9 @@ const Command Commands[] = {
     {"convert", qly::tool::runConvert, true, "documents between formats; stored texts for word processors"},
     {"notes", qly::tool::runNotes, false, "the notes tagged in a text"},
     {"screenplay", qly::tool::runScreenplay, false, "the elements of a plain-text screenplay"},
+    {"diff", qly::tool::runDiff, false, "what changed between two versions of a document"},
+    {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
+    {"fits", qly::tool::runFits, true, "whether a document fits on one page; its page count"},
 };
 
 void printUsage(FILE* stream)

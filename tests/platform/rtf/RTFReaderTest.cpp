@@ -48,6 +48,16 @@ TEST(RTFReader, CodePagesHexBytesAndUnicode)
               QStringLiteral("caf\u00e9!")); // the "e" is the fallback of \u233
 }
 
+TEST(RTFReader, UnicodeValuesOutsideSixteenBitsAreReplaced)
+{
+    // -32768…-1 wrap to U+8000…U+FFFF; 0…65535 are the code unit itself; anything else is U+FFFD.
+    constexpr char16_t inRange[] = {0xFFFF, 0x8000, 0, 0xFFFF, 0x7FFF};
+    EXPECT_EQ(readBody("\\uc0\\u-1 \\u-32768 \\u0 \\u65535 \\u32767 ").string(), QStringView(inRange, 5).toString());
+    EXPECT_EQ(
+        readBody("\\uc0\\u-32769 \\u65536 \\u-65536 \\u-65535 \\u131072 \\u99999999999 \\u-99999999999 ").string(),
+        QString(7, QChar(0xFFFD)));
+}
+
 TEST(RTFReader, SpecialCharactersAndBreaks)
 {
     EXPECT_EQ(readBody("a\\emdash b\\endash c\\lquote d\\rquote e\\ldblquote f\\rdblquote g\\bullet h").string(),

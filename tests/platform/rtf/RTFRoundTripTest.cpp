@@ -260,6 +260,14 @@ TEST(RTFRoundTrip, ParagraphSeparatorsBecomeLineFeeds)
     // Every paragraph terminator is written as the one RTF paragraph mark and read back as a line feed.
     const AttributedString text(QStringLiteral("a\rb\r\nc\u2029d\ne"));
     EXPECT_EQ(read(write(text)).string(), QStringLiteral("a\nb\nc\nd\ne"));
-    // A line separator stays one.
+    // A line separator stays one wherever it stands: first, last, doubled, beside paragraph breaks and
+    // at a change of formatting.
     EXPECT_EQ(read(write(AttributedString(QStringLiteral("a\u2028b")))).string(), QStringLiteral("a\u2028b"));
+    AttributedString separators(QStringLiteral("\u2028a\u2028\u2028b\r\n\u2028\rc\u2029\u2028"));
+    separators.append(
+        QStringLiteral("\u2028bold\u2028"),
+        {{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 14, BoldFontMask))}});
+    const QByteArray rtf = write(separators);
+    EXPECT_FALSE(rtf.contains("\\line")) << rtf.toStdString();
+    EXPECT_EQ(read(rtf).string(), QStringLiteral("\u2028a\u2028\u2028b\n\u2028\nc\n\u2028\u2028bold\u2028"));
 }

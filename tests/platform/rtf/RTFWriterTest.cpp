@@ -2,6 +2,7 @@
 #include "RTFTestSupport.h"
 
 #include <QSizeF>
+#include <limits>
 
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
@@ -120,4 +121,37 @@ TEST(RTFWriter, AttachmentsAndRangesOutsideTheTextWriteNothing)
     EXPECT_EQ(read(RTFFromRange(text, Range{1, 100}, {})).string(), QStringLiteral("b"));
     EXPECT_EQ(read(RTFFromRange(text, Range{-5, 2}, {})).string(), QString());
     EXPECT_EQ(read(RTFFromRange(AttributedString(), Range{0, 0}, {})).string(), QString());
+}
+
+TEST(RTFWriter, MeasuresNoDocumentHoldsAreWrittenSaturated)
+{
+    // NaN gives 0; infinities and values past what an RTF parameter holds saturate, so the text reads
+    // back with the largest values the reader keeps rather than with wrapped ones.
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    ParagraphStyle style;
+    style.setHeadIndent(1e300);
+    style.setFirstLineHeadIndent(-infinity);
+    style.setTailIndent(nan);
+    style.setParagraphSpacing(infinity);
+    style.setLineHeightMultiple(1e12);
+    style.setTabStops({TextTab{LeftTextAlignment, 1e40}});
+    Attributes attributes = fontAttributes(Font::fromFamily(QStringLiteral("Times"), infinity));
+    attributes.insert(ParagraphStyleAttributeName, QVariant::fromValue(style));
+    attributes.insert(BaselineOffsetAttributeName, -infinity);
+    attributes.insert(KernAttributeName, nan);
+    attributes.insert(ForegroundColorAttributeName, QVariant::fromValue(Color(nan, infinity, -infinity)));
+    const QVariantMap page{{PaperSizeDocumentAttribute, QSizeF(infinity, 1e300)}, {LeftMarginDocumentAttribute, nan}};
+    const QByteArray rtf = write(AttributedString(QStringLiteral("x"), attributes), page);
+    EXPECT_FALSE(rtf.contains("-2147483648")) << rtf.toStdString();
+    EXPECT_TRUE(rtf.contains("\\red0\\green255\\blue0;")) << rtf.toStdString();
+
+    const AttributedString back = read(rtf);
+    ASSERT_EQ(back.string(), QStringLiteral("x"));
+    EXPECT_GE(back.attribute(FontAttributeName, 0).value<Font>().pointSize(), 1000);
+    const ParagraphStyle backStyle = back.attribute(ParagraphStyleAttributeName, 0).value<ParagraphStyle>();
+    EXPECT_GE(backStyle.headIndent(), 1000);
+    EXPECT_LT(backStyle.firstLineHeadIndent(), backStyle.headIndent());
+    EXPECT_EQ(backStyle.tailIndent(), 0);
+    EXPECT_GE(backStyle.paragraphSpacing(), 1000);
 }

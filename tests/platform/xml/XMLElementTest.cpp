@@ -131,3 +131,38 @@ TEST(XMLElement, CDATAElements)
     EXPECT_EQ(stringValueOfFirstChildElementWithName(readRoot, u"Empty"_qs), u""_qs);
     EXPECT_EQ(stringValueOfFirstChildElementWithName(readRoot, u"Tricky"_qs), u"a]]>b"_qs);
 }
+
+TEST(XMLElement, StringValueOfDeeplyNestedElements)
+{
+    // 200,000 levels, each holding one letter before and one after its child: the text is collected in
+    // document order without recursing on the depth.
+    constexpr int depth = 200'000;
+    std::string xml;
+    std::string expectedBefore, expectedAfter;
+    xml.reserve(size_t(depth) * 16);
+    for (int i = 0; i < depth; ++i) {
+        const char letter = char('a' + i % 26);
+        xml += "<e>";
+        xml += letter;
+        expectedBefore += letter;
+    }
+    xml += "<![CDATA[middle]]>";
+    for (int i = depth - 1; i >= 0; --i) {
+        const char letter = char('A' + i % 26);
+        xml += letter;
+        xml += "</e>";
+        expectedAfter += letter;
+    }
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_buffer(xml.data(), xml.size()));
+    const QString value = stringValueOfNode(document.document_element());
+    EXPECT_EQ(value, QString::fromStdString(expectedBefore + "middle" + expectedAfter));
+    EXPECT_EQ(stringValueOfNode(document), value);
+
+    // A node's value ends with its own subtree, not with what follows it.
+    pugi::xml_document siblings;
+    ASSERT_TRUE(siblings.load_string("<r><a><b>1</b><c/></a><d>2</d></r>"));
+    EXPECT_EQ(stringValueOfNode(siblings.child("r").child("a")), u"1"_qs);
+    EXPECT_EQ(stringValueOfNode(siblings.child("r").child("a").child("c")), u""_qs);
+    EXPECT_EQ(stringValueOfNode(siblings.child("r")), u"12"_qs);
+}

@@ -112,3 +112,27 @@ TEST(XMLFile, LoadKeepsWhitespaceOnlyTextWhenAsked)
     EXPECT_EQ(document.child("a").first_child().type(), pugi::node_pcdata);
     EXPECT_STREQ(document.child("a").child("c").child_value(), "  ");
 }
+
+TEST(XMLFile, LoadsDeeplyNestedDocuments)
+{
+    // Reading and freeing a document 200,000 elements deep uses no stack per level.
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"deep.xml"_qs);
+    constexpr int depth = 200'000;
+    QByteArray bytes;
+    for (int i = 0; i < depth; ++i)
+        bytes += "<e>";
+    bytes += "bottom";
+    for (int i = 0; i < depth; ++i)
+        bytes += "</e>";
+    writeFileBytes(path, bytes);
+
+    pugi::xml_document document;
+    ASSERT_TRUE(loadXMLDocument(path, document, false));
+    int levels = 0;
+    pugi::xml_node node = document.document_element();
+    for (; node.type() == pugi::node_element; node = node.first_child())
+        ++levels;
+    EXPECT_EQ(levels, depth);
+    EXPECT_STREQ(node.value(), "bottom");
+}

@@ -74,6 +74,13 @@ DocumentFormatHandler htmlFormatHandler();
 /// UTF-8 text without a leading byte-order mark.
 QString textFromUTF8(const QByteArray& bytes);
 
+/// The handler a -f/-t name (any letter case) chooses; null when none has that name.
+const DocumentFormatHandler* documentFormatHandlerNamed(const QString& name);
+/// The handler a file name's extension chooses; null when none.
+const DocumentFormatHandler* documentFormatHandlerForPath(const QString& path);
+/// The first names of the formats that can be read (or, readable false, written), for messages.
+QString documentFormatHandlerNames(bool readable);
+
 /// Prints the warnings of a conversion step, each naming the input.
 void printWarnings(const QString& inputPath, const QStringList& warnings);
 

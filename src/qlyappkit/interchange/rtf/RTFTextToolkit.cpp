@@ -526,4 +526,26 @@ qsizetype removeItapTagsFromRange(QString& rtf, Range range)
     return removed;
 }
 
+qsizetype RTFGroupStructureProblemOffset(const QString& rtf)
+{
+    qsizetype depth = 0;
+    bool closed = false;
+    for (qsizetype i = 0; i < rtf.size(); ++i) {
+        const QChar c = rtf.at(i);
+        if (depth == 0 && c != QLatin1Char('{')) {
+            if (!c.isSpace())
+                return i;
+        } else if (depth == 0 && closed) {
+            return i; // a second outermost group
+        } else if (c == QLatin1Char('\\')) {
+            ++i;
+        } else if (c == QLatin1Char('{')) {
+            ++depth;
+        } else if (c == QLatin1Char('}') && --depth == 0) {
+            closed = true;
+        }
+    }
+    return depth == 0 && closed ? -1 : rtf.size();
+}
+
 } // namespace qly

@@ -68,6 +68,11 @@ void updateInternalRTFHyperlinks(QString& rtf);
 /// Deletes every "\itapN" inside range; returns how many characters were deleted.
 qsizetype removeItapTagsFromRange(QString& rtf, Range range);
 
+/// Where an RTF document's group structure first goes wrong: text outside the outermost group, a "}"
+/// that closes no group, or (at the text's length) a group still open at the end. -1 when the
+/// document is one balanced group, white space around it allowed. Escaped braces are text.
+qsizetype RTFGroupStructureProblemOffset(const QString& rtf);
+
 /// Text escaped the way the platform writer escapes it ("\\", "\{", "\}", "\uc0\uN " for non-ASCII).
 QString RTFEscapedText(const QString& text);
 

@@ -191,9 +191,11 @@ QString XQXMLStringValueFromColor(const std::optional<Color>& color)
 {
     if (!color)
         return {};
-    return XQStringFromFloat(float(color->redComponent())) + kColorSeparator
-        + XQStringFromFloat(float(color->greenComponent())) + kColorSeparator
-        + XQStringFromFloat(float(color->blueComponent()));
+    // Written as it would read back, so that the text is read as what was stored.
+    const Color stored = Color::calibratedRGB(color->redComponent(), color->greenComponent(), color->blueComponent());
+    return XQStringFromFloat(float(stored.redComponent())) + kColorSeparator
+        + XQStringFromFloat(float(stored.greenComponent())) + kColorSeparator
+        + XQStringFromFloat(float(stored.blueComponent()));
 }
 
 std::optional<Color> XQColorFromXMLStringValue(const QString& text)
@@ -203,7 +205,7 @@ std::optional<Color> XQColorFromXMLStringValue(const QString& text)
         return std::nullopt;
     // Read at double precision: the written digits come back exactly, and writing them again gives the
     // same text.
-    return Color(stringDoubleValue(parts[0]), stringDoubleValue(parts[1]), stringDoubleValue(parts[2]));
+    return Color::calibratedRGB(stringDoubleValue(parts[0]), stringDoubleValue(parts[1]), stringDoubleValue(parts[2]));
 }
 
 QString XQXMLStringValueFromDate(const QDateTime& date)

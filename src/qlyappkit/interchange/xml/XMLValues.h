@@ -68,9 +68,11 @@ bool XQBoolFromXMLStringValue(const QString& text);
 // Colours.
 
 /// Red, green and blue in the float form joined by single blanks ("1.0 0.5 0.0"); alpha is not written.
-/// No colour → empty text.
+/// Components are clamped to 0–1 (NaN gives 0), so what is written reads back as written. No colour →
+/// empty text.
 QString XQXMLStringValueFromColor(const std::optional<Color>& color);
-/// Exactly three blank-separated parts → an opaque colour with those components; anything else → nothing.
+/// Exactly three blank-separated parts → an opaque colour with those components clamped to 0–1, as
+/// calibrated colours are ("1e39 -2 0.5" → 1, 0, 0.5); anything else → nothing.
 std::optional<Color> XQColorFromXMLStringValue(const QString& text);
 
 // Dates.

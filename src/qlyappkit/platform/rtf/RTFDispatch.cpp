@@ -3,6 +3,8 @@
 #include <qlyappkit/platform/rtf/RTFInterpreter_p.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 #include <qlyappkit/platform/rtf/RTFCodePages_p.h>
 #include <qlyappkit/platform/rtf/RTFListFormats_p.h>
@@ -409,9 +411,11 @@ void Interpreter::dispatchValue(Word word, bool hasParameter, int parameter)
     case Word::U: {
         if (!hasParameter)
             return;
-        // Sixteen-bit values, written signed by most writers and unsigned by some.
-        const int unit = value < 0 ? value + 65536 : value;
-        appendCharacter(unit >= 0 && unit <= 0xFFFF ? char16_t(unit) : char16_t(0xFFFD));
+        // Sixteen-bit values, written signed by most writers and unsigned by some; a value in neither
+        // range names no character.
+        const bool sixteenBits =
+            value >= std::numeric_limits<std::int16_t>::min() && value <= std::numeric_limits<std::uint16_t>::max();
+        appendCharacter(sixteenBits ? char16_t(value) : char16_t(QChar::ReplacementCharacter));
         m_skipUnits = state().unicodeSkip;
         return;
     }

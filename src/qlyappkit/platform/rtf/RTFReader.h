@@ -4,6 +4,11 @@
 // Text that is not markup, such as the framework's own tags written as escaped RTF text, comes back
 // exactly as written. Malformed input never crashes or hangs: what can be read is returned, and the
 // problem is reported as a status with the byte offset where it was found.
+//
+// Breaks: every paragraph mark (\par, \sect, a backslash before a line break) reads as a line feed.
+// The platform writer writes every paragraph terminator (LF, CR, CR LF, U+2029) as that mark, so
+// through RTF they all become LF, as on the platform. A line separator breaks a line, not a
+// paragraph: \line and U+2028 (written \uc0\u8232) read as U+2028.
 #include <QByteArray>
 #include <QString>
 #include <QVariantMap>

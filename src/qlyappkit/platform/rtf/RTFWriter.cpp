@@ -2,6 +2,7 @@
 
 #include <QSizeF>
 #include <QUrl>
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -30,8 +31,15 @@ constexpr int DefaultTableWidthTwips = 8640; // six inches
 constexpr int CellGapTwips = 108;
 constexpr int MaxListTextLength = 24;
 
-int twips(double points) { return int(std::lround(points * 20.0)); }
-int halfPoints(double points) { return int(std::floor(points * 2.0 + 1e-7)); }
+// RTF parameters are integers. Measures no document holds (NaN, infinities, anything an int cannot
+// hold) are first brought within a range small enough that the sum, difference or negation of two
+// still fits: NaN gives 0, the rest saturates.
+constexpr double ParameterLimit = (1 << 30) - 1;
+
+double saturated(double value) { return std::isnan(value) ? 0.0 : std::clamp(value, -ParameterLimit, ParameterLimit); }
+int rounded(double value) { return int(std::lround(saturated(value))); }
+int twips(double points) { return rounded(points * 20.0); }
+int halfPoints(double points) { return int(std::floor(saturated(points * 2.0 + 1e-7))); }
 
 struct CharState {
     int font = 0;
@@ -250,7 +258,7 @@ CharState Writer::charStateFor(const Attributes& a)
         c.underlineColor = color(UnderlineColorAttributeName);
     c.strike = a.value(StrikethroughStyleAttributeName).toInt();
     c.script = std::clamp(a.value(SuperscriptAttributeName).toInt(), -1, 1);
-    c.baseline = int(std::lround(a.value(BaselineOffsetAttributeName).toDouble() * 2.0));
+    c.baseline = rounded(a.value(BaselineOffsetAttributeName).toDouble() * 2.0);
     c.kern = twips(a.value(KernAttributeName).toDouble());
     return c;
 }
@@ -389,7 +397,7 @@ void Writer::writeParagraphProperties(const Paragraph& p)
     const double multiple = s.lineHeightMultiple(), minimum = s.minimumLineHeight(), maximum = s.maximumLineHeight();
     bool minimumWritten = false, maximumWritten = false;
     if (multiple > 0) {
-        m_out.word(Word::Sl, int(std::lround(multiple * 240)));
+        m_out.word(Word::Sl, rounded(multiple * 240));
         m_out.word(Word::SlMult, 1);
     } else if (minimum > 0 && maximum == minimum) {
         m_out.word(Word::Sl, -twips(minimum));

@@ -26,7 +26,7 @@ Word familyWord(const QString& family)
     return Word::FNil;
 }
 
-int component(double value) { return int(std::lround(std::clamp(value, 0.0, 1.0) * 255.0)); }
+int component(double value) { return std::isnan(value) ? 0 : int(std::lround(std::clamp(value, 0.0, 1.0) * 255.0)); }
 
 quint32 packed(const Color& c)
 {

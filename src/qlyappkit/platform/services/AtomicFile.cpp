@@ -6,12 +6,17 @@
 
 namespace qly {
 
+void setFileSaveError(Error* error, XQFileErrorCode code, const QString& path, const QString& reason)
+{
+    setError(error, XQFileErrorDomain, code,
+             localized("The file \u201C%1\u201D could not be saved.").arg(QFileInfo(path).fileName()), reason);
+}
+
 namespace {
 
 void fail(Error* error, XQFileErrorCode code, const QString& path, const QString& reason)
 {
-    setError(error, XQFileErrorDomain, code,
-             localized("The file \u201C%1\u201D could not be saved.").arg(QFileInfo(path).fileName()), reason);
+    setFileSaveError(error, code, path, reason);
 }
 
 } // namespace

@@ -15,6 +15,10 @@ namespace qly {
 inline const QString XQFileErrorDomain = QStringLiteral("QlyAppKitFileErrorDomain");
 enum XQFileErrorCode { XQFileCannotOpenError = 1, XQFileCannotWriteError = 2, XQFileCannotCommitError = 3 };
 
+/// Fills *error (when asked for) with the error every file write reports: the file's name in the
+/// description, the system's reason as the recovery suggestion.
+void setFileSaveError(Error* error, XQFileErrorCode code, const QString& path, const QString& reason);
+
 /// A file written in pieces and committed at the end. Destroying it without commit() discards
 /// everything written.
 class AtomicFileWriter {

@@ -11,13 +11,6 @@ const QString OpeningBrace = QStringLiteral("{");
 const QString ClosingBrace = QStringLiteral("}");
 constexpr char16_t Backslash = u'\\';
 
-Range clipped(Range range, qsizetype size)
-{
-    const qsizetype start = std::clamp<qsizetype>(range.location, 0, size);
-    const qsizetype end = std::clamp<qsizetype>(range.location + std::max<qsizetype>(range.length, 0), start, size);
-    return Range::fromBounds(start, end);
-}
-
 char32_t codePointAt(const QString& s, qsizetype i)
 {
     const QChar c = s.at(i);
@@ -43,7 +36,7 @@ Range rangeOfUnescapedString(const QString& self, const QString& target, unsigne
                              CharacterSet terminatingSet)
 {
     const bool backwards = options & BackwardsSearch;
-    Range remaining = clipped(range, self.size());
+    Range remaining = clippedRange(range, self.size());
     while (remaining.length > 0) {
         const Range match = rangeOfString(self, target, options, remaining);
         if (match.isNotFound())
@@ -79,7 +72,7 @@ Range rangeOfUnescapedString(const QString& self, const QString& target, Charact
 qsizetype occurrencesOfUnescapedString(const QString& self, const QString& target, unsigned options, Range range)
 {
     options &= ~unsigned(BackwardsSearch);
-    const Range whole = clipped(range, self.size());
+    const Range whole = clippedRange(range, self.size());
     Range remaining = whole;
     qsizetype count = 0;
     while (remaining.length > 0) {
@@ -95,7 +88,7 @@ qsizetype occurrencesOfUnescapedString(const QString& self, const QString& targe
 Range expandedRangeToIncludeCurlyBracketsAroundRange(const QString& self, Range range)
 {
     const qsizetype size = self.size();
-    range = clipped(range, size);
+    range = clippedRange(range, size);
     const Range opening = rangeOfUnescapedString(self, OpeningBrace, BackwardsSearch, Range{0, range.location});
     if (opening.isNotFound())
         return Range::notFound();
@@ -121,7 +114,7 @@ Range expandedRangeToIncludeCurlyBracketsAroundRange(const QString& self, Range 
 
 qint64 integerAtEndOfUnescapedString(const QString& self, const QString& target, unsigned options, Range range)
 {
-    range = clipped(range, self.size());
+    range = clippedRange(range, self.size());
     const Range match = rangeOfUnescapedString(self, target, options, range, nullptr);
     if (match.isNotFound())
         return 0;

@@ -31,6 +31,21 @@ constexpr Range intersectionRange(Range a, Range b)
     return end > start ? Range{start, end - start} : Range{start, 0};
 }
 
+/// The part of range that lies in [0, size): a negative length counts as 0. Any range is accepted, and
+/// no sum is formed that could overflow (a careless or hostile range may hold any values).
+constexpr Range clippedRange(Range range, qsizetype size)
+{
+    const qsizetype start = range.location < 0 ? 0 : range.location > size ? size : range.location;
+    qsizetype end = start;
+    if (range.length > 0) {
+        if (range.location < 0)
+            end = range.location + range.length; // the signs differ: no overflow
+        else
+            end = range.length > size - range.location ? size : range.location + range.length;
+    }
+    return {start, end < start ? 0 : (end > size ? size : end) - start};
+}
+
 /// The smallest range holding both.
 constexpr Range unionRange(Range a, Range b)
 {

@@ -4,6 +4,22 @@
 
 namespace qly {
 
+namespace {
+
+double unitComponent(double value)
+{
+    if (!(value > 0))
+        return 0;
+    return value > 1 ? 1 : value;
+}
+
+} // namespace
+
+Color Color::calibratedRGB(double red, double green, double blue, double alpha)
+{
+    return Color(unitComponent(red), unitComponent(green), unitComponent(blue), unitComponent(alpha));
+}
+
 Color Color::fromQColor(const QColor& color)
 {
     // From the 16-bit channels in double precision: redF() and friends are floats, which would turn

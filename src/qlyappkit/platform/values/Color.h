@@ -19,6 +19,9 @@ public:
     {
         return Color(red, green, blue, alpha);
     }
+    /// A colour read from outside: each component clamped to 0–1 as calibrated colours are, NaN (and
+    /// -0) giving 0, so that no value the text forms cannot write back survives.
+    static Color calibratedRGB(double red, double green, double blue, double alpha = 1.0);
     /// A grey: calibrated white with the given level.
     static constexpr Color white(double level, double alpha = 1.0) { return Color(level, level, level, alpha); }
     static Color fromQColor(const QColor& color);

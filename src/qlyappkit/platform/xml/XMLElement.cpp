@@ -14,20 +14,23 @@ bool canHoldElements(const pugi::xml_node& node)
     return node.type() == pugi::node_element || node.type() == pugi::node_document;
 }
 
-void appendStringValue(const pugi::xml_node& node, std::string& out)
+// Walks the subtree in document order through parent links rather than by recursion: a hostile
+// file can nest elements as deep as it is long.
+void appendStringValue(const pugi::xml_node& root, std::string& out)
 {
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-        switch (child.type()) {
-        case pugi::node_pcdata:
-        case pugi::node_cdata:
-            out += child.value();
-            break;
-        case pugi::node_element:
-            appendStringValue(child, out);
-            break;
-        default:
-            break;
+    for (pugi::xml_node node = root.first_child(); node;) {
+        if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata)
+            out += node.value();
+        if (node.type() == pugi::node_element && node.first_child()) {
+            node = node.first_child();
+            continue;
         }
+        while (!node.next_sibling()) {
+            node = node.parent();
+            if (node == root)
+                return;
+        }
+        node = node.next_sibling();
     }
 }
 

@@ -5,6 +5,7 @@
 #include <QSet>
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 #include <qlyappkit/platform/text/PlatformAttributes.h>
@@ -216,6 +217,74 @@ ParagraphStyle mostUsedParagraphStyle(const AttributedString& text)
         return true;
     });
     return best < 0 ? ParagraphStyle::defaultParagraphStyle() : counts[size_t(best)].first;
+}
+
+namespace {
+
+// Buckets values for mostUsedAttributeValue() so that a text with many distinct values is not compared
+// pair by pair; values in one bucket are told apart by equality.
+size_t bucketOf(const QVariant& value)
+{
+    const QMetaType type = value.metaType();
+    size_t h = size_t(type.id());
+    if (type == QMetaType::fromType<Font>()) {
+        const Font font = value.value<Font>();
+        h ^= qHash(font.familyName()) ^ qHash(font.pointSize()) ^ font.traits();
+    } else if (type == QMetaType::fromType<ParagraphStyle>()) {
+        const ParagraphStyle style = value.value<ParagraphStyle>();
+        h ^= qHash(int(style.alignment())) ^ qHash(style.firstLineHeadIndent()) ^ qHash(style.headIndent())
+            ^ qHash(style.lineSpacing());
+    } else if (type == QMetaType::fromType<QString>()) {
+        h ^= qHash(value.toString());
+    }
+    return h;
+}
+
+} // namespace
+
+std::optional<QVariant> mostUsedAttributeValue(const AttributedString& text, const QString& name, QMetaType type)
+{
+    struct Total {
+        QVariant value;
+        qsizetype characters = 0;
+    };
+    std::vector<Total> totals; // in the order the values are first met
+    std::unordered_multimap<size_t, size_t> buckets;
+    qsizetype without = 0;
+    text.enumerateAttribute(name, Range{0, text.length()}, [&](const QVariant& value, Range run) {
+        if (!value.isValid() || (type.isValid() && value.metaType() != type)) {
+            without += run.length;
+            return true;
+        }
+        const size_t bucket = bucketOf(value);
+        auto [it, end] = buckets.equal_range(bucket);
+        while (it != end && !(totals[it->second].value == value))
+            ++it;
+        if (it == end) {
+            buckets.emplace(bucket, totals.size());
+            totals.push_back({value, run.length});
+        } else {
+            totals[it->second].characters += run.length;
+        }
+        return true;
+    });
+    std::optional<QVariant> winner;
+    qsizetype best = without;
+    for (const Total& total : totals) {
+        if (total.characters > best) {
+            best = total.characters;
+            winner = total.value;
+        }
+    }
+    return winner;
+}
+
+std::optional<Font> mostUsedFont(const AttributedString& text)
+{
+    const std::optional<QVariant> value = mostUsedAttributeValue(text, FontAttributeName, QMetaType::fromType<Font>());
+    if (!value)
+        return std::nullopt;
+    return value->value<Font>();
 }
 
 } // namespace qly

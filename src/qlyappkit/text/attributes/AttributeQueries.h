@@ -6,6 +6,7 @@
 #include <optional>
 
 #include <qlyappkit/platform/text/AttributedString.h>
+#include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/ParagraphStyle.h>
 
 namespace qly {
@@ -50,5 +51,14 @@ bool isImageFileExtension(const QString& extension);
 /// The paragraph style that covers the most characters (the first to lead keeps a tie), or the default
 /// style when no character has one.
 ParagraphStyle mostUsedParagraphStyle(const AttributedString& text);
+
+/// The attribute's value that covers the most characters (values compared by equality), provided it
+/// covers more characters than are without the attribute; nothing otherwise. Of equal totals the value
+/// met first wins. With a valid type, values of other types count as absent.
+std::optional<QVariant> mostUsedAttributeValue(const AttributedString& text, const QString& name,
+                                               QMetaType type = QMetaType());
+/// The font that covers the most characters, by the rule of mostUsedAttributeValue(); nothing when
+/// no font covers more characters than go without one.
+std::optional<Font> mostUsedFont(const AttributedString& text);
 
 } // namespace qly

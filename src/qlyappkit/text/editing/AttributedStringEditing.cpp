@@ -5,6 +5,7 @@
 #include <functional>
 
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/WordCounting.h>
 
 namespace qly {
 
@@ -14,15 +15,10 @@ constexpr char16_t Backslash = u'\\';
 const QString UrlSchemeSeparator = QStringLiteral("://");
 
 // Characters of context on each side of a match when asking for the word around it. Word boundaries
-// depend only on nearby characters, and a window keeps each check independent of the text's size.
+// usually depend only on nearby characters, and a window keeps each check independent of the text's
+// size; when the window holds no independent word boundary on a side (a long run of regional
+// indicators, say), the whole edited text decides instead.
 constexpr qsizetype WordContext = 64;
-
-Range clipped(Range range, qsizetype size)
-{
-    const qsizetype start = std::clamp<qsizetype>(range.location, 0, size);
-    const qsizetype end = std::clamp<qsizetype>(range.location + std::max<qsizetype>(range.length, 0), start, size);
-    return Range::fromBounds(start, end);
-}
 
 // ---- code points read through an AttributedString, for the trimming sets
 
@@ -82,6 +78,8 @@ struct MatchContext {
     QString before;
     QStringView match;
     QString after;
+    const MutableAttributedString* edited = nullptr; ///< the receiver as edited so far
+    Range current; ///< the match's range in edited
 };
 using MatchDecision = std::function<MatchAction(const MatchContext&)>;
 
@@ -95,7 +93,7 @@ qsizetype replaceMatches(MutableAttributedString& self, const QString& text, con
                          const QString& replacement, unsigned options, Range range, const MatchDecision& decide)
 {
     const bool backwards = options & BackwardsSearch;
-    const Range whole = clipped(range, text.size());
+    const Range whole = clippedRange(range, text.size());
     const qsizetype k = WordContext;
 
     qsizetype tailEnd = whole.location;
@@ -113,7 +111,10 @@ qsizetype replaceMatches(MutableAttributedString& self, const QString& text, con
 
         MatchAction action = MatchAction::Replace;
         MatchContext context;
+        const Range current{match.location + shift, match.length};
         if (decide) {
+            context.edited = &self;
+            context.current = current;
             context.match = QStringView(text).mid(match.location, match.length);
             if (backwards) {
                 context.before = text.mid(std::max<qsizetype>(0, match.location - k), std::min(k, match.location));
@@ -129,7 +130,6 @@ qsizetype replaceMatches(MutableAttributedString& self, const QString& text, con
             action = decide(context);
         }
 
-        const Range current{match.location + shift, match.length};
         qsizetype resumeBefore = match.location;
         switch (action) {
         case MatchAction::Replace:
@@ -170,9 +170,23 @@ bool isWholeWord(const MatchContext& context)
 {
     QString text = context.before;
     text.append(context.match).append(context.after);
-    const AttributedString neighbourhood(text);
     const Range word{context.before.size(), context.match.size()};
-    return neighbourhood.doubleClickAtIndex(word.location) == word;
+    // A side shorter than the window reaches the text's edge.
+    const bool startIsText = context.before.size() < WordContext;
+    const bool endIsText = context.after.size() < WordContext;
+    qsizetype from = word.location;
+    while (from >= 0 && !word_detail::independentAt(text, from, startIsText, endIsText))
+        --from;
+    qsizetype to = word.end();
+    while (to <= text.size() && !word_detail::independentAt(text, to, startIsText, endIsText))
+        ++to;
+    if (from < 0 || to > text.size()) {
+        const AttributedString edited = context.edited->attributedString();
+        return edited.doubleClickAtIndex(context.current.location) == context.current;
+    }
+    // Between two independent boundaries the segments are those of the whole text.
+    const AttributedString neighbourhood(text.mid(from, to - from));
+    return neighbourhood.doubleClickAtIndex(word.location - from) == Range{word.location - from, word.length};
 }
 
 qsizetype replaceWholeWords(MutableAttributedString& self, const QString& target, const QString& replacement,

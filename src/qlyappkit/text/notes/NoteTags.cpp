@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <map>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include <qlyappkit/platform/strings/NumberParsing.h>
@@ -106,14 +107,33 @@ AttributedString markKeepWithNextParagraphs(const AttributedString& text)
 
 // Finds the markers of one pass in the text as it stood before the pass, front to back, as if each
 // tag were removed as soon as it is read: a closing marker already removed is no longer found.
+//
+// Every search is bounded so that a pass costs time in proportion to the text, however many tags it
+// holds, nested or malformed: the openings are found in increasing order and a tag's parts only
+// between its opening and its closing marker (the next tag's search starts beyond both). The closing
+// markers are found once, up front; those still unread are kept in order, so that finding the one
+// after an opening skips the removed ones in one step.
 class TagScanner {
 public:
-    explicit TagScanner(const QString& s) : m_s(s) { }
-
-    Range find(const QString& marker, qsizetype from, Qt::CaseSensitivity cs = Qt::CaseInsensitive) const
+    TagScanner(const QString& s, const QString& closing) : m_s(s), m_closingSize(closing.size())
     {
+        for (qsizetype at = 0;;) {
+            const qsizetype i = s.indexOf(closing, at, Qt::CaseInsensitive);
+            if (i < 0)
+                break;
+            m_closings.insert(m_closings.end(), i);
+            at = i + 1;
+        }
+    }
+
+    /// The first occurrence of the marker at or after from that overlaps nothing removed.
+    Range find(const QString& marker, qsizetype from) const { return findWithin(marker, from, m_s.size()); }
+    /// As find, but only a marker that ends by end.
+    Range findWithin(const QString& marker, qsizetype from, qsizetype end) const
+    {
+        const QStringView bounded = QStringView(m_s).first(end);
         for (qsizetype at = from;;) {
-            const qsizetype i = m_s.indexOf(marker, at, cs);
+            const qsizetype i = bounded.indexOf(marker, at, Qt::CaseInsensitive);
             if (i < 0)
                 return Range::notFound();
             const Range match{i, marker.size()};
@@ -122,16 +142,20 @@ public:
             at = i + 1;
         }
     }
-    /// A range within `inside`, or not found.
-    Range findWithin(const QString& marker, qsizetype from, qsizetype end) const
+    /// The first closing marker at or after from that overlaps nothing removed.
+    Range findClosing(qsizetype from) const
     {
-        const Range match = find(marker, from);
-        return !match.isNotFound() && match.end() <= end ? match : Range::notFound();
+        const auto it = m_closings.lower_bound(from);
+        return it == m_closings.end() ? Range::notFound() : Range{*it, m_closingSize};
     }
     void remove(Range range)
     {
         m_removedAfterCursor.emplace(range.location, range.end());
         m_edits.push_back(TextEdit::deletion(range));
+        // Closing markers overlapping what goes can no longer be found.
+        auto it = m_closings.lower_bound(range.location - m_closingSize + 1);
+        while (it != m_closings.end() && *it < range.end())
+            it = m_closings.erase(it);
     }
     std::vector<TextEdit>& edits() { return m_edits; }
 
@@ -148,6 +172,8 @@ private:
     }
 
     const QString& m_s;
+    const qsizetype m_closingSize;
+    std::set<qsizetype> m_closings; // starts of the closing markers not yet removed or overlapped
     std::map<qsizetype, qsizetype> m_removedAfterCursor; // start → end
     std::vector<TextEdit> m_edits;
 };
@@ -163,9 +189,30 @@ AttributedString applyPass(const AttributedString& text, const QString& name, co
     if (marked.empty() && removals.empty())
         return text;
     AttributedString out = text;
-    // In reading order, so that a later tag wins where two overlap (as when they are read one by one).
-    for (const Marked& m : marked)
-        out.addAttribute(name, m.value, m.range);
+    // A later tag wins where two overlap (as when they are read one by one). Going from the last tag
+    // back, each sets only what no later one covers, so nested tags cost no more than their length.
+    std::map<qsizetype, qsizetype> covered; // disjoint, start → end
+    for (auto m = marked.rbegin(); m != marked.rend(); ++m) {
+        qsizetype start = m->range.location;
+        const qsizetype end = m->range.end();
+        if (start >= end)
+            continue;
+        auto it = covered.upper_bound(start);
+        if (it != covered.begin() && std::prev(it)->second >= start) {
+            --it; // joins the interval that reaches the start
+            start = it->first;
+        }
+        qsizetype gap = start;
+        while (it != covered.end() && it->first <= end) {
+            if (gap < it->first)
+                out.addAttribute(name, m->value, Range::fromBounds(std::max(gap, m->range.location), it->first));
+            gap = std::max(gap, it->second);
+            it = covered.erase(it);
+        }
+        if (gap < end)
+            out.addAttribute(name, m->value, Range::fromBounds(std::max(gap, m->range.location), end));
+        covered.emplace(start, std::max(gap, end));
+    }
     return notes::applyingEdits(out, std::move(removals));
 }
 
@@ -178,14 +225,14 @@ AttributedString readAnnotations(const AttributedString& text, ColourForm form, 
         ? (withNewlines ? XQAnnotationOpeningWithNewlineReadForm : XQAnnotationOpeningReadForm)
         : (withNewlines ? XQAnnotationHexOpeningWithNewlineReadForm : XQAnnotationHexOpeningReadForm);
     const QString& closing = withNewlines ? XQAnnotationClosingWithNewlineReadForm : XQAnnotationClosingReadForm;
-    TagScanner scanner(s);
+    TagScanner scanner(s, closing);
     std::vector<Marked> marked;
     qsizetype from = 0;
     for (;;) {
         const Range open = scanner.find(opening, from);
         if (open.isNotFound())
             break;
-        const Range close = scanner.find(closing, open.end());
+        const Range close = scanner.findClosing(open.end());
         if (close.isNotFound())
             break;
         std::optional<Color> colour;
@@ -200,8 +247,9 @@ AttributedString readAnnotations(const AttributedString& text, ColourForm form, 
                 auto component = [&](qsizetype start, qsizetype end) {
                     return double(stringFloatValue(QStringView(s).mid(start, end - start)));
                 };
-                colour = Color(component(open.end(), green.location), component(green.end(), blue.location),
-                               component(blue.end(), textMarker.location), 1.0);
+                colour =
+                    Color::calibratedRGB(component(open.end(), green.location), component(green.end(), blue.location),
+                                         component(blue.end(), textMarker.location));
             }
         } else {
             textMarker = scanner.findWithin(XQAnnotationTextReadForm, open.end(), close.location);
@@ -227,14 +275,14 @@ AttributedString readBlocks(const AttributedString& text, const QString& opening
                             const QString& name)
 {
     const QString s = text.string();
-    TagScanner scanner(s);
+    TagScanner scanner(s, closing);
     std::vector<Marked> marked;
     qsizetype from = 0;
     for (;;) {
         const Range open = scanner.find(opening, from);
         if (open.isNotFound())
             break;
-        const Range close = scanner.find(closing, open.end());
+        const Range close = scanner.findClosing(open.end());
         if (close.isNotFound())
             break;
         marked.push_back(Marked{Range::fromBounds(open.end(), close.location), QVariant(true)});

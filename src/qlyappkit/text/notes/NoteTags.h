@@ -53,6 +53,8 @@ AttributedString attributedStringByConvertingAttributesToTags(const AttributedSt
 /// A copy with the markers read back into attributes and removed: annotations (decimal, then
 /// hexadecimal colours), footnotes, preserve-formatting blocks, keep-with-next paragraphs. A tag
 /// without its closing marker, or an annotation tag missing one of its colour parts, stays as text.
+/// Colour components are read as calibrated colours hold them, within 0–1. Runs in time linear in
+/// the text, however its tags are nested or broken.
 AttributedString attributedStringByConvertingTagsToAttributes(const AttributedString& text);
 /// As above; with removeNewlines, annotations are recognised only in the forms with a line feed before
 /// the opening and after the closing marker, and those line feeds go with the markers.

@@ -1,0 +1,134 @@
+// qly fits: whether a document fits on one page, or how many pages it takes, as the layout engine
+// sets it.
+#include <qlyappkit/text/fitting/XQPageFittingHelper.h>
+
+#include <QFileInfo>
+#include <cmath>
+#include <vector>
+
+#include "CommandLine.h"
+#include "Commands.h"
+#include "convert/ConvertFormats.h"
+
+namespace qly::tool {
+
+namespace {
+
+const QString FromOption = QStringLiteral("from");
+const QString PaperOption = QStringLiteral("paper");
+const QString MarginsOption = QStringLiteral("margins");
+const QString PagesOption = QStringLiteral("pages");
+const QString Yes = QStringLiteral("yes");
+const QString No = QStringLiteral("no");
+
+// US letter with one-inch margins.
+constexpr double DefaultPaperWidth = 612, DefaultPaperHeight = 792, DefaultMargin = 72;
+
+bool parseNumbers(const QString& text, QChar separator, int count, std::vector<double>& numbers)
+{
+    const QStringList parts = text.split(separator);
+    if (parts.size() != count)
+        return false;
+    numbers.clear();
+    for (const QString& part : parts) {
+        bool ok = false;
+        const double n = part.trimmed().toDouble(&ok);
+        if (!ok || n < 0 || !std::isfinite(n))
+            return false;
+        numbers.push_back(n);
+    }
+    return true;
+}
+
+const DocumentFormatHandler* readerFor(const CommandLine& line, const QString& path)
+{
+    QStringList readable;
+    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
+        if (handler.read)
+            readable.append(handler.names.constFirst());
+    }
+    const QString known = readable.join(QStringLiteral(", "));
+    if (line.isSet(FromOption)) {
+        for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
+            if (handler.read && handler.names.contains(line.value(FromOption), Qt::CaseInsensitive))
+                return &handler;
+        }
+        line.usageError(QStringLiteral("cannot read format '%1' (known: %2)").arg(line.value(FromOption), known));
+        return nullptr;
+    }
+    if (path == StandardStreamName) {
+        line.usageError(QStringLiteral("standard input needs --from"));
+        return nullptr;
+    }
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
+        if (handler.read && !suffix.isEmpty() && handler.extensions.contains(suffix))
+            return &handler;
+    }
+    line.usageError(QStringLiteral("%1: unknown format (name it with --from; known: %2)").arg(path, known));
+    return nullptr;
+}
+
+} // namespace
+
+int runFits(const QStringList& args)
+{
+    CommandLine line(
+        QStringLiteral("fits"), QStringLiteral("IN [--paper WxH] [--margins L,R,T,B] [--pages] [--from FORMAT]"),
+        QStringLiteral("Lays the document out on pages of the given size (points; US letter by default) inside\n"
+                       "the margins (points; one inch by default) and prints \"yes\" when it fits on one page,\n"
+                       "\"no\" otherwise. A form feed inside the text starts a new page, so such a text does not\n"
+                       "fit. With --pages it prints the number of pages the text takes instead, a form feed\n"
+                       "starting a page and paragraphs marked keep-with-next kept with the next."));
+    line.addOption(
+        {FromOption, QStringLiteral("The input format (by default from the file name)."), QStringLiteral("FORMAT")});
+    line.addOption({PaperOption, QStringLiteral("Paper size in points (default 612x792)."), QStringLiteral("WxH")});
+    line.addOption({MarginsOption,
+                    QStringLiteral("Left, right, top and bottom margins in points (default 72,72,72,72)."),
+                    QStringLiteral("L,R,T,B")});
+    line.addOption({PagesOption, QStringLiteral("Print the number of pages instead of yes or no.")});
+    int exitCode = 0;
+    if (!line.parse(args, 1, 1, &exitCode))
+        return exitCode;
+
+    QSizeF paper(DefaultPaperWidth, DefaultPaperHeight);
+    XQMargins margins = XQMakeMargins(DefaultMargin, DefaultMargin, DefaultMargin, DefaultMargin);
+    std::vector<double> n;
+    if (line.isSet(PaperOption)) {
+        const QString value = line.value(PaperOption);
+        if (!parseNumbers(value.toLower(), QLatin1Char('x'), 2, n) || n[0] <= 0 || n[1] <= 0)
+            return line.usageError(QStringLiteral("--paper takes WIDTHxHEIGHT in points, not '%1'").arg(value));
+        paper = QSizeF(n[0], n[1]);
+    }
+    if (line.isSet(MarginsOption)) {
+        const QString value = line.value(MarginsOption);
+        if (!parseNumbers(value, QLatin1Char(','), 4, n))
+            return line.usageError(
+                QStringLiteral("--margins takes LEFT,RIGHT,TOP,BOTTOM in points, not '%1'").arg(value));
+        margins = XQMakeMargins(n[0], n[1], n[2], n[3]);
+    }
+    if (paper.width() - margins.left - margins.right <= 0 || paper.height() - margins.top - margins.bottom <= 0)
+        return line.usageError(QStringLiteral("the margins leave no room on the page"));
+
+    const QString input = line.arguments().constFirst();
+    const DocumentFormatHandler* reader = readerFor(line, input);
+    if (!reader)
+        return ExitUsage;
+    QByteArray bytes;
+    if (!readInput(input, bytes))
+        return ExitFailure;
+    const std::optional<ConvertDocument> document = reader->read(bytes, input, line);
+    if (!document)
+        return ExitFailure;
+
+    XQPageFittingHelper helper(paper, margins);
+    if (line.isSet(PagesOption)) {
+        printOut(QStringLiteral("%1\n").arg(helper.numberOfPagesForText(document->text)));
+        return ExitSuccess;
+    }
+    helper.layoutWithText(document->text);
+    printOut((helper.textFitsOnOnePage() ? Yes : No) + QLatin1Char('\n'));
+    return ExitSuccess;
+}
+
+} // namespace qly::tool
