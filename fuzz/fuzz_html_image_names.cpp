@@ -3,14 +3,16 @@
 // leading dot), short enough for the file system, ending in ".png" or, for JPEG, ".jpg"/".jpeg".
 // The first byte chooses white-space stripping and how many names come before (equation numbering).
 #include <cstdint>
-#include <cstdlib>
 
 #include <QString>
 
 #include <qlyappkit/formats/html/HTMLImageFiles.h>
 
+#include "FuzzSupport.h"
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    qly::fuzz::prepareEnvironment();
     if (size == 0)
         return 0;
     const bool strip = data[0] & 1;
@@ -21,18 +23,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         bool jpeg = false;
         const QString file = naming.fileNameForImage(name, &jpeg);
         const QString lower = file.toLower();
-        if (file.isEmpty() || file.startsWith(u'.') || file.contains(u'/') || file.contains(u'\\')
-            || file.toUtf8().size() > 255)
-            std::abort();
-        for (const QChar c : file) {
-            if (c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() <= 0x9F))
-                std::abort();
-        }
-        if (jpeg ? !(lower.endsWith(QLatin1String(".jpg")) || lower.endsWith(QLatin1String(".jpeg")))
-                 : !file.endsWith(QLatin1String(".png")))
-            std::abort();
-        if (file == QLatin1String(".png") || file == QLatin1String(".."))
-            std::abort();
+        QLY_FUZZ_CHECK(!file.isEmpty() && !file.startsWith(u'.'));
+        QLY_FUZZ_CHECK(!file.contains(u'/') && !file.contains(u'\\'));
+        QLY_FUZZ_CHECK(file.toUtf8().size() <= 255);
+        for (const QChar c : file)
+            QLY_FUZZ_CHECK(c.unicode() >= 0x20 && !(c.unicode() >= 0x7F && c.unicode() <= 0x9F));
+        QLY_FUZZ_CHECK(jpeg ? lower.endsWith(QLatin1String(".jpg")) || lower.endsWith(QLatin1String(".jpeg"))
+                            : file.endsWith(QLatin1String(".png")));
     }
     return 0;
 }

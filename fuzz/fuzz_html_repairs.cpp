@@ -3,13 +3,14 @@
 // (it only moves them) and must do exactly what the step-by-step rule does, checked here against a
 // literal (slow) version of the rule on inputs of modest size.
 #include <cstdint>
-#include <cstdlib>
 
 #include <QString>
 #include <QStringDecoder>
 
 #include <qlyappkit/formats/html/HTMLBodyColumn.h>
 #include <qlyappkit/formats/html/HTMLListRepair.h>
+
+#include "FuzzSupport.h"
 
 namespace {
 
@@ -79,31 +80,29 @@ qsizetype itemEnds(const QString& s)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    qly::fuzz::prepareEnvironment();
     const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     const QByteArray column = qly::HTMLDataWithBodyTableOfWidth(320, bytes);
-    if (column != bytes && !column.contains("<div style=\"width: 320px; margin: 0 auto\">"))
-        std::abort();
+    QLY_FUZZ_CHECK(column == bytes || column.contains("<div style=\"width: 320px; margin: 0 auto\">"));
 
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString html = decoder.decode(bytes);
     QString repaired = html;
     qly::fixUpNestedHTMLLists(repaired);
-    if (repaired.size() != html.size() || itemEnds(repaired) != itemEnds(html))
-        std::abort(); // "</li>" are moved, never made or lost
+    // "</li>" are moved, never made or lost.
+    QLY_FUZZ_CHECK(repaired.size() == html.size() && itemEnds(repaired) == itemEnds(html));
     if (html.size() <= ReferenceLimit) {
         QString expected = html;
         referenceRepair(expected, QStringLiteral("<ol"), QStringLiteral("</ol>"));
         referenceRepair(expected, QStringLiteral("<ul"), QStringLiteral("</ul>"));
-        if (expected != repaired)
-            std::abort();
+        QLY_FUZZ_CHECK(expected == repaired);
     }
     // The end of any list the text opens lies after it, or there is none.
     const qsizetype start = find(html, QStringLiteral("<ul"), 0);
     if (start >= 0) {
-        const qsizetype end = qly::endOfHTMLListForStartTag(html, QStringLiteral("<ul"), QStringLiteral("</ul>"),
-                                                            qly::Range{start, 3});
-        if (end != qly::NotFound && (end <= start + 3 || end > html.size()))
-            std::abort();
+        const qsizetype end =
+            qly::endOfHTMLListForStartTag(html, QStringLiteral("<ul"), QStringLiteral("</ul>"), qly::Range{start, 3});
+        QLY_FUZZ_CHECK(end == qly::NotFound || (end > start + 3 && end <= html.size()));
     }
     return 0;
 }

@@ -3,7 +3,6 @@
 // and after the nested-list repair, with no element the text did not ask for (no script, whatever
 // the text or its links say).
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include <QStringDecoder>
@@ -14,13 +13,15 @@
 #include <qlyappkit/platform/rtf/RTFReader.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 
+#include "FuzzSupport.h"
+
 namespace {
 
 // Every element name the writer may write.
 bool isWritersElement(const char* name)
 {
-    for (const char* known : {"html", "head", "meta", "title", "style", "body", "p", "h1", "h2", "h3", "h4", "h5", "h6",
-                              "span", "a", "br", "ul", "ol", "li", "table", "tr", "td"}) {
+    for (const char* known : {"html", "head", "meta", "title", "style", "body", "p",  "h1", "h2",    "h3", "h4",
+                              "h5",   "h6",   "span", "a",     "br",    "ul",   "ol", "li", "table", "tr", "td"}) {
         if (std::strcmp(name, known) == 0)
             return true;
     }
@@ -31,18 +32,16 @@ void checkWellFormed(const QString& page)
 {
     const QByteArray bytes = page.toUtf8();
     pugi::xml_document doc;
-    if (!doc.load_buffer(bytes.constData(), size_t(bytes.size())))
-        std::abort();
-    for (const pugi::xpath_node& node : doc.select_nodes("//*")) {
-        if (!isWritersElement(node.node().name()))
-            std::abort();
-    }
+    QLY_FUZZ_CHECK(doc.load_buffer(bytes.constData(), size_t(bytes.size())));
+    for (const pugi::xpath_node& node : doc.select_nodes("//*"))
+        QLY_FUZZ_CHECK(isWritersElement(node.node().name()));
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    qly::fuzz::prepareEnvironment();
     const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     QVariantMap documentAttributes;
     const std::optional<qly::AttributedString> text = qly::attributedStringFromRTF(bytes, &documentAttributes);
@@ -52,8 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray html = qly::HTMLFromRange(*text, all, documentAttributes);
     QStringDecoder decoder(QStringDecoder::Utf8);
     decoder.decode(html);
-    if (decoder.hasError())
-        std::abort();
+    QLY_FUZZ_CHECK(!decoder.hasError());
 
     documentAttributes.insert(qly::ExcludedElementsDocumentAttribute, QStringList());
     QString xhtml = QString::fromUtf8(qly::HTMLFromRange(*text, all, documentAttributes));
