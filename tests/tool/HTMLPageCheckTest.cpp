@@ -1,5 +1,6 @@
-// Exported pages as their readers meet them: checked by the HTML validator (the Nu checker, run with
-// Java), and the demo page loaded in headless Chromium, which reports what it measured.
+// Exported pages as their readers meet them (conversions and comparisons): checked by the HTML
+// validator (the Nu checker, run with Java), and the demo page loaded in headless Chromium, which
+// reports what it measured.
 #include <gtest/gtest.h>
 
 #include <QBuffer>
@@ -24,6 +25,7 @@
 #include <qlyappkit/platform/values/TextAttachment.h>
 
 #include "support/TestFiles.h"
+#include "tool/HeadlessBrowser.h"
 #include "tool/QlyRunner.h"
 
 using namespace qly;
@@ -156,32 +158,6 @@ QString validatorErrors(const QStringList& files)
     return lines.join(QLatin1Char('\n'));
 }
 
-// Headless Chromium with a fresh profile, nothing fetched from outside; returns what it printed.
-QByteArray runChromium(const QStringList& arguments, QString* problem)
-{
-    const QString chromium = QStandardPaths::findExecutable(QStringLiteral("chromium"));
-    if (chromium.isEmpty()) {
-        *problem = QStringLiteral("chromium is missing: run scripts/bootstrap");
-        return {};
-    }
-    QTemporaryDir profile;
-    QProcess process;
-    process.start(chromium,
-                  QStringList{QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
-                              QStringLiteral("--disable-gpu"), QStringLiteral("--disable-quic"),
-                              QStringLiteral("--no-first-run"), QStringLiteral("--disable-background-networking"),
-                              QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
-                              QStringLiteral("--disable-dev-shm-usage"),
-                              QStringLiteral("--user-data-dir=") + profile.path()}
-                      + arguments);
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        *problem = QStringLiteral("chromium did not finish");
-        return {};
-    }
-    return process.readAllStandardOutput();
-}
-
 // Measures the loaded page and writes the result into it as JSON, for --dump-dom to bring back.
 const char* const ProbeScript = R"(<script>
 window.addEventListener('load', function () {
@@ -248,26 +224,9 @@ TEST(HTMLPage, DemoPageInARealBrowser)
 {
     QTemporaryDir dir;
     const QString page = exportedManuscript(dir);
-    // A copy of the page with the probe, beside the original so that the images are found alike.
-    QByteArray html = readFileBytes(page);
-    ASSERT_TRUE(html.contains("</body>"));
-    const QString probed = QFileInfo(page).absolutePath() + QStringLiteral("/probed.html");
-    writeFileBytes(probed, html.replace("</body>", QByteArray(ProbeScript) + "</body>"));
-
     QString problem;
-    const QByteArray dom = runChromium({QStringLiteral("--virtual-time-budget=5000"), QStringLiteral("--dump-dom"),
-                                        QUrl::fromLocalFile(probed).toString()},
-                                       &problem);
+    const QJsonObject result = probedPage(page, ProbeScript, &problem);
     ASSERT_TRUE(problem.isEmpty()) << problem.toStdString();
-    const QRegularExpression probe(QStringLiteral("<pre id=\"probe\">(.*)</pre>"),
-                                   QRegularExpression::DotMatchesEverythingOption);
-    const QString json = probe.match(QString::fromUtf8(dom))
-                             .captured(1)
-                             .replace(QLatin1String("&lt;"), QLatin1String("<"))
-                             .replace(QLatin1String("&gt;"), QLatin1String(">"))
-                             .replace(QLatin1String("&amp;"), QLatin1String("&"));
-    const QJsonObject result = QJsonDocument::fromJson(json.toUtf8()).object();
-    ASSERT_FALSE(result.isEmpty()) << "no measurements in the page:\n" << dom.left(2000).constData();
 
     // Every image loaded, at the size its tag gives.
     const QJsonArray images = result.value(QStringLiteral("images")).toArray();
