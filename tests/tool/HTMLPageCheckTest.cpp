@@ -212,6 +212,12 @@ TEST(HTMLPage, ValidatesAsHTML5)
                 QStringLiteral("-o"), QStringLiteral("-"), QStringLiteral("-t"), QStringLiteral("html")});
     ASSERT_EQ(markdown.exitCode, 0);
     pages << writeFile(dir, QStringLiteral("chapter-three.html"), markdown.out.toUtf8());
+    // A comparison of two drafts as a page.
+    const QString older = writeFile(dir, QStringLiteral("older.txt"), "The ship sailed.\nAt dawn.\n"),
+                  newer = writeFile(dir, QStringLiteral("newer.txt"), "The boat sailed.\nAt dawn, quietly.\n");
+    const QString changes = dir.filePath(QStringLiteral("changes.html"));
+    ASSERT_EQ(runQly({QStringLiteral("diff"), older, newer, QStringLiteral("-o"), changes}).exitCode, 1);
+    pages << changes;
 
     EXPECT_EQ(validatorErrors(pages), QString()) << "checked: " << pages.join(QLatin1Char(' ')).toStdString();
     // The validator does report errors (it is not just silent).
