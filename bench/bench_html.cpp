@@ -37,7 +37,8 @@ AttributedString makeManuscript(int words, int styledRuns)
     QRandomGenerator rng(7);
     const Font times = Font::fromFamily(QStringLiteral("Times"), 12);
     const Attributes body{{FontAttributeName, QVariant::fromValue(times)}};
-    Attributes bold{{FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, BoldFontMask))}};
+    Attributes bold{
+        {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, BoldFontMask))}};
     Attributes italic{
         {FontAttributeName, QVariant::fromValue(Font::fromFamily(QStringLiteral("Times"), 12, ItalicFontMask))}};
     ParagraphStyle listed;

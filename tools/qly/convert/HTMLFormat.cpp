@@ -103,9 +103,10 @@ DocumentFormatHandler htmlFormatHandler()
         }
         // When the folder could not be made the page is written alone: say what it lacks.
         if (textNeedsImagesFolder(page) && !QFileInfo(outputPath).isDir())
-            printWarnings(document.inputPath, {QStringLiteral("the pictures could not be written beside %1; the "
-                                                              "page was written without them")
-                                                   .arg(outputPath)});
+            printWarnings(document.inputPath,
+                          {QStringLiteral("the pictures could not be written beside %1; the "
+                                          "page was written without them")
+                               .arg(outputPath)});
         return int(ExitSuccess);
     };
     return handler;
