@@ -39,6 +39,7 @@ bench: bootstrap
 	cmake --build $(BENCH_DIR) -j $(JOBS)
 	@for b in $(BENCH_DIR)/bench/bench_*; do echo "== $$b"; QT_QPA_PLATFORM=offscreen $$b || exit 1; done
 	@bash bench/markdown_vs_pandoc.sh $(BENCH_DIR)/tools/qly/qly
+	@bash bench/html_vs_pandoc.sh $(BENCH_DIR)/tools/qly/qly
 
 clean:
 	rm -rf $(BUILD_DIR) $(BENCH_DIR) $(SANITIZE_DIR) demo-out

@@ -99,7 +99,10 @@ int runConvert(const QStringList& args)
                        "Markdown (.md, .markdown, .fountain) carries bold, italic and underline as emphasis\n"
                        "markers; -f multimarkdown (.mmd) reads the older rules. -f screenplay types a plain-text\n"
                        "screenplay and formats it; with --split-by TYPE -o DIR/ it writes one file per piece.\n"
-                       "--manuscript, --dashes and --ellipses convert any document for manuscript submission."));
+                       "--manuscript, --dashes and --ellipses convert any document for manuscript submission.\n"
+                       "HTML (.html, .htm) is written with the notes inline; a text with pictures becomes a folder\n"
+                       "OUT.html holding the page OUT.html and an Images folder (an earlier export there is replaced,\n"
+                       "any other folder is left alone)."));
     line.addOption({{QStringLiteral("o"), OutputOption},
                     QStringLiteral("The output file (\"-\": standard output)."),
                     QStringLiteral("OUT")});
@@ -124,7 +127,11 @@ int runConvert(const QStringList& args)
     const DocumentFormatHandler* source = chosenHandler(line, FromOption, input);
     if (!source)
         return ExitUsage;
-    const bool folderOutput = isFolderOutput(output);
+    // A format that writes a folder at the output path itself (a page with pictures) takes an existing
+    // folder there for its own earlier output.
+    const DocumentFormatHandler* named =
+        line.isSet(ToOption) ? documentFormatHandlerNamed(line.value(ToOption)) : documentFormatHandlerForPath(output);
+    const bool folderOutput = isFolderOutput(output) && !(named && named->writesFolderAtPath && !output.endsWith(u'/'));
     // Pieces written into a folder are RTF unless -t names another format.
     const DocumentFormatHandler* target = folderOutput && !line.isSet(ToOption)
         ? documentFormatHandlerNamed(QStringLiteral("rtf"))

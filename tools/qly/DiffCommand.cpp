@@ -1,13 +1,16 @@
-// qly diff: what changed between two versions of a document, as rich text (removed text struck through,
-// added text underlined) or as plain text with markers. Exit status as comparison tools have it.
+// qly diff: what changed between two versions of a document, as rich text or an HTML page (removed text
+// struck through, added text underlined) or as plain text with markers. Exit status as comparison tools
+// have it.
 #include "CommandLine.h"
 #include "Commands.h"
 #include "convert/ConvertFormats.h"
 
 #include <qlyappkit/formats/comparison/DiffMarkup.h>
 #include <qlyappkit/formats/comparison/TextComparison.h>
+#include <qlyappkit/formats/html/HTMLExport.h>
 #include <qlyappkit/interchange/export/Documents.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
 
 #include <QFileInfo>
 
@@ -54,6 +57,7 @@ const ColorOptionKey ColorOptions[] = {
 
 struct Options {
     bool terminalColors = false;
+    QString outputPath; // names an untitled page
 };
 
 /// A form the merged text can be written in.
@@ -65,7 +69,22 @@ struct DiffOutputFormat {
         data;
 };
 
-// The output formats. An HTML page joins here once the HTML export is in the library.
+// The page of the merged text: the newer document's attributes, titled after the output file when the
+// document has no title. Pictures have no folder to go to from here: they are left out, with a warning.
+QByteArray diffPage(const AttributedString& merged, const ConvertDocument& newer, const Options& options)
+{
+    if (textNeedsImagesFolder(merged))
+        printWarnings(newer.inputPath, {QStringLiteral("the comparison page leaves the pictures out")});
+    QVariantMap attributes = newer.documentAttributes;
+    if (attributes.value(TitleDocumentAttribute).toString().trimmed().isEmpty()) {
+        const QString named = options.outputPath == StandardStreamName ? newer.inputPath : options.outputPath;
+        if (named != StandardStreamName)
+            attributes.insert(TitleDocumentAttribute, QFileInfo(named).completeBaseName());
+    }
+    return HTMLDataFromRange(merged, Range{0, merged.length()}, attributes);
+}
+
+// The output formats.
 const std::vector<DiffOutputFormat>& diffOutputFormats()
 {
     static const std::vector<DiffOutputFormat> formats{
@@ -81,6 +100,7 @@ const std::vector<DiffOutputFormat>& diffOutputFormats()
          [](const AttributedString& merged, const ConvertDocument& newer, const Options&) {
              return RTFFromRange(merged, Range{0, merged.length()}, newer.documentAttributes);
          }},
+        {{QStringLiteral("html"), QStringLiteral("htm")}, {QStringLiteral("html"), QStringLiteral("htm")}, diffPage},
     };
     return formats;
 }
@@ -173,11 +193,11 @@ int runDiff(const QStringList& args)
         QStringLiteral(
             "Compares two versions of a document and writes one text that shows both: removed text struck\n"
             "through (plain text: [-removed-]), added text underlined ({+added+}). Inputs are any format qly\n"
-            "reads, chosen by extension or --from; the output is RTF or plain text by extension or --to, and\n"
-            "plain text on standard output without -o. --by chooses the units compared: paragraphs, clauses\n"
-            "(ending at punctuation), words, or several joined by commas (default paragraphs,words: unchanged\n"
-            "paragraphs stay whole, changed ones are compared word by word). Exit status: 0 the texts are\n"
-            "equal, 1 they differ, 2 trouble."));
+            "reads, chosen by extension or --from; the output is RTF, an HTML page or plain text by extension\n"
+            "or --to, and plain text on standard output without -o. --by chooses the units compared:\n"
+            "paragraphs, clauses (ending at punctuation), words, or several joined by commas (default\n"
+            "paragraphs,words: unchanged paragraphs stay whole, changed ones are compared word by word).\n"
+            "Exit status: 0 the texts are equal, 1 they differ, 2 trouble."));
     line.addOption({{QStringLiteral("o"), OutputOption},
                     QStringLiteral("The output file (\"-\", the default: standard output)."),
                     QStringLiteral("OUT")});
@@ -234,6 +254,7 @@ int runDiff(const QStringList& args)
     }
     Options options;
     options.terminalColors = line.isSet(ColorOption);
+    options.outputPath = output;
     if (options.terminalColors && !format->names.contains(QStringLiteral("txt")))
         return line.usageError(QStringLiteral("--color applies only to plain text output"));
     QVariantMap diffAttributes;

@@ -55,6 +55,9 @@ struct DocumentFormatHandler {
     /// Writes the document to outputPath ("-": standard output) and returns the exit code. Empty for a
     /// format that is only read.
     std::function<int(const ConvertDocument& document, const QString& outputPath, const CommandLine& line)> write;
+    /// The writer may make a folder at the output path itself (a page with its pictures): a folder
+    /// already there is its own earlier output, not a folder to write pieces into.
+    bool writesFolderAtPath = false;
 };
 
 /// Every format, in the order help lists them.
@@ -66,6 +69,7 @@ DocumentFormatHandler wordRTFFormatHandler();
 DocumentFormatHandler markdownFormatHandler();
 DocumentFormatHandler multiMarkdownFormatHandler();
 DocumentFormatHandler screenplayFormatHandler();
+DocumentFormatHandler htmlFormatHandler();
 
 /// UTF-8 text without a leading byte-order mark.
 QString textFromUTF8(const QByteArray& bytes);

@@ -44,5 +44,8 @@ inline const QString AuthorDocumentAttribute = QStringLiteral("Author"); ///< QS
 inline const QString ViewModeDocumentAttribute = QStringLiteral("ViewMode");
 inline const QString DocumentTypeDocumentAttribute = QStringLiteral("DocumentType");
 inline const QString ExcludedElementsDocumentAttribute = QStringLiteral("ExcludedElements");
+inline const QString TitleDocumentAttribute = QStringLiteral("Title"); ///< QString
+/// The value of DocumentTypeDocumentAttribute that asks for HTML.
+inline const QString HTMLTextDocumentType = QStringLiteral("NSHTML");
 
 } // namespace qly
