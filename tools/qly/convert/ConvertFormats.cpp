@@ -7,8 +7,8 @@ namespace qly::tool {
 const std::vector<DocumentFormatHandler>& documentFormatHandlers()
 {
     static const std::vector<DocumentFormatHandler> handlers{
-        plainTextFormatHandler(), rtfFormatHandler(),           wordRTFFormatHandler(),
-        markdownFormatHandler(),  multiMarkdownFormatHandler(), screenplayFormatHandler(),
+        plainTextFormatHandler(),     rtfFormatHandler(),        wordRTFFormatHandler(),    markdownFormatHandler(),
+        multiMarkdownFormatHandler(), screenplayFormatHandler(), packageRTFFormatHandler(),
     };
     return handlers;
 }

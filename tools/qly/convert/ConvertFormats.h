@@ -63,6 +63,7 @@ const std::vector<DocumentFormatHandler>& documentFormatHandlers();
 DocumentFormatHandler plainTextFormatHandler();
 DocumentFormatHandler rtfFormatHandler();
 DocumentFormatHandler wordRTFFormatHandler();
+DocumentFormatHandler packageRTFFormatHandler();
 DocumentFormatHandler markdownFormatHandler();
 DocumentFormatHandler multiMarkdownFormatHandler();
 DocumentFormatHandler screenplayFormatHandler();
