@@ -141,6 +141,8 @@ TEST(PackageRTFReader, BrokenPictureGroupsFallBack)
         {"a kind no reader knows", "{\\pict\\emfblip 0100000000000000}", QStringLiteral("A B C")},
         {"a good one after a bad one", pictGroup("", "zz") + good, QStringLiteral("A B [Image1.png]C")},
         {"a PDF that does not decode", "{\\*\\quillerypdf {{\\*\\pdffilename x} 25504}}", QStringLiteral("A B C")},
+        {"a PDF group holding no PDF", "{\\*\\quillerypdf {{\\*\\pdffilename x} " + pngHex() + "}}",
+         QStringLiteral("A B C")},
         // A group that runs past the end takes the rest of the text with it, and the pass ends.
         {"a picture group past the end", good + " B " + "{\\pict\\pngblip " + pngHex(),
          QStringLiteral("A B [Image0.png] B ")},

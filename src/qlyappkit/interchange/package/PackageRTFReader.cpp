@@ -98,7 +98,8 @@ void keepDisplaySize(TextAttachment& attachment, const QSizeF& size, const QSize
 std::optional<TextAttachment> pdfAttachment(const Group& group, int number)
 {
     const std::optional<QByteArray> pdf = bytesFromHexadecimal(group.pdfData);
-    if (!pdf || pdf->isEmpty())
+    // Bytes without the PDF header are no PDF: kept, they would not be written back as a picture.
+    if (!pdf || pictureFormatOfData(*pdf) != PictureFormat::PDF)
         return std::nullopt;
     QString name = pictureName(group.pdfFileName ? group.pdfFileName : group.fileName, number);
     if (name.startsWith(XQEquationFileNamePrefix))
