@@ -45,8 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     // Print settings pass through the float form, which rounds: written once, they are a fixed point.
     const PrintInfo info = XQPrintInfoFromXMLElement(element);
-    QLY_FUZZ_CHECK(info.paperSize.width() > 0 && info.paperSize.height() > 0 && info.scaleFactor > 0);
-    QLY_FUZZ_CHECK(info.pagesAcross >= 1 && info.pagesDown >= 1);
+    QLY_FUZZ_CHECK(info.paperSize().width() > 0 && info.paperSize().height() > 0 && info.scaleFactor() > 0);
+    QLY_FUZZ_CHECK(info.pagesAcross() >= 1 && info.pagesDown() >= 1);
     const PrintInfo once =
         throughDocument([&](pugi::xml_node p) { XQXMLElementFromPrintInfo(p, info); }, XQPrintInfoFromXMLElement);
     const PrintInfo twice =

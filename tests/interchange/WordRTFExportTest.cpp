@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 using namespace qly;
@@ -88,10 +89,9 @@ TEST(WordRTFExportAPI, PictureNamesThatLeaveTheirFolderAreRefused)
     writeFileBytes(folder + QStringLiteral("/inside.png"), pngBytes());
     ASSERT_TRUE(QFile::link(outer.filePath(QStringLiteral("outside.png")), folder + QStringLiteral("/link.png")));
 
-    for (const QString& link :
-         {QStringLiteral("qlypicture:/etc/passwd"), QStringLiteral("qlypicture:../outside.png"),
-          QStringLiteral("qlypicture:../../x"), QStringLiteral("qlypicture:%2E%2E/outside.png"),
-          QStringLiteral("qlypicture:link.png"), QStringLiteral("qlypicture:missing.png")}) {
+    for (const QString& link : {QStringLiteral("qlypicture:/etc/passwd"), QStringLiteral("qlypicture:../outside.png"),
+                                QStringLiteral("qlypicture:../../x"), QStringLiteral("qlypicture:%2E%2E/outside.png"),
+                                QStringLiteral("qlypicture:link.png"), QStringLiteral("qlypicture:missing.png")}) {
         AttributedString text = linkedText(link);
         text.addAttribute(LinkAttributeName, QStringLiteral("qlybookmark:kept"), Range{0, 6});
         QStringList warnings;
@@ -111,12 +111,12 @@ TEST(WordRTFExportAPI, PictureNamesThatLeaveTheirFolderAreRefused)
 
     // The same name inside the folder is embedded; without a folder nothing is read at all.
     QStringList warnings;
-    EXPECT_EQ(attachmentCount(attributedStringByResolvingExportLinks(linkedText(QStringLiteral("qlypicture:inside.png")),
-                                                                     folder, &warnings)),
+    EXPECT_EQ(attachmentCount(attributedStringByResolvingExportLinks(
+                  linkedText(QStringLiteral("qlypicture:inside.png")), folder, &warnings)),
               1);
     EXPECT_TRUE(warnings.isEmpty());
-    EXPECT_EQ(attachmentCount(
-                  attributedStringByResolvingExportLinks(linkedText(QStringLiteral("qlypicture:inside.png")), QString(), &warnings)),
+    EXPECT_EQ(attachmentCount(attributedStringByResolvingExportLinks(
+                  linkedText(QStringLiteral("qlypicture:inside.png")), QString(), &warnings)),
               0);
     EXPECT_EQ(warnings.size(), 1);
 }
@@ -151,16 +151,15 @@ TEST(WordRTFExportAPI, StoredTextsComeWithTheirNotesAndComments)
 
     // A side file that is not one, and bytes that are not RTF, are errors rather than silent loss.
     writeFileBytes(dir.filePath(QStringLiteral("bad.xml")), "<NotComments/>");
-    EXPECT_FALSE(storedTextFromDocumentData(rtf, DocumentFormat::RTF, dir.filePath(QStringLiteral("bad.xml")), nullptr,
-                                            &error));
+    EXPECT_FALSE(
+        storedTextFromDocumentData(rtf, DocumentFormat::RTF, dir.filePath(QStringLiteral("bad.xml")), nullptr, &error));
     EXPECT_TRUE(error.localizedDescription.contains(QStringLiteral("bad.xml")));
     EXPECT_FALSE(storedTextFromDocumentData("plain words", DocumentFormat::RTF, QString(), nullptr, &error));
     EXPECT_EQ(error.code, XQDocumentNotRTFError);
     // Truncated RTF gives what it held and a warning.
     warnings.clear();
-    const std::optional<AttributedString> cut =
-        storedTextFromDocumentData(rtf.left(rtf.indexOf("Anchor") + 8), DocumentFormat::RTF, QString(), nullptr,
-                                   &error, &warnings);
+    const std::optional<AttributedString> cut = storedTextFromDocumentData(
+        rtf.left(rtf.indexOf("Anchor") + 8), DocumentFormat::RTF, QString(), nullptr, &error, &warnings);
     ASSERT_TRUE(cut);
     EXPECT_TRUE(cut->string().startsWith(QStringLiteral("Anchor")));
     EXPECT_EQ(warnings.size(), 1);
@@ -175,7 +174,9 @@ TEST(WordRTFExportAPI, FormatsSectionsAndOptions)
     EXPECT_EQ(documentFormatOfPath(QStringLiteral("/a/b.TXT")), DocumentFormat::PlainText);
     EXPECT_EQ(documentFormatOfPath(QStringLiteral("b.word-rtf")), DocumentFormat::Unknown);
     EXPECT_FALSE(canReadDocumentFormat(DocumentFormat::WordRTF));
-    EXPECT_EQ(plainTextDocumentData(AttributedString(QStringLiteral("a\u2028b\u2029c\uFFFCd"))), "a\nb\nc" "d");
+    EXPECT_EQ(plainTextDocumentData(AttributedString(QStringLiteral("a\u2028b\u2029c\uFFFCd"))),
+              "a\nb\nc"
+              "d");
     EXPECT_EQ(attributedStringFromDocumentData("\xEF\xBB\xBFwords", DocumentFormat::PlainText)->string(),
               QStringLiteral("words"));
 
@@ -213,4 +214,55 @@ TEST(WordRTFExportAPI, FormatsSectionsAndOptions)
     EXPECT_TRUE(problem.contains(QStringLiteral("XQRTFNoSuchThing")));
     EXPECT_FALSE(setRTFOptionFromString(options, QStringLiteral("XQRTFHasFacingPages"), &problem));
     EXPECT_EQ(options.size(), 4);
+}
+
+// Chapters full of notes, exported as the demo does: exactly one section per chapter (note text
+// made inline must not split a chapter), the section break in place of the page break, the
+// numbering controls in the document formatting, and each note's mark right against its anchor.
+TEST(WordRTFExportAPI, ChaptersWithNotesExportAsOneSectionEach)
+{
+    AttributedString stored;
+    const int chapters = 3;
+    for (int n = 1; n <= chapters; ++n) {
+        if (n > 1)
+            stored.append(QStringLiteral("\f"), Attributes{});
+        stored.append(QStringLiteral("Chapter %1\nShe watched the ").arg(n), Attributes{});
+        auto linked = XQComment::create(AttributedString(QStringLiteral("linked note %1").arg(n)), true);
+        stored.append(QStringLiteral("lighthouse"), {{XQCommentAttributeName, variantFromComment(linked)}});
+        stored.append(QStringLiteral(" shrink and "), Attributes{});
+        auto comment = XQComment::create(AttributedString(QStringLiteral("remark %1").arg(n)));
+        stored.append(QStringLiteral("this phrase"), {{XQCommentAttributeName, variantFromComment(comment)}});
+        stored.append(QStringLiteral(". Then"), Attributes{});
+        stored.append(QStringLiteral("inline note %1").arg(n), {{XQFootnoteAttributeName, 1}});
+        stored.append(QStringLiteral(" it vanished.\n"), Attributes{});
+    }
+    WordRTFExportSettings settings;
+    settings.options = {{XQRTFHeaderString, QStringLiteral("<$sectiontitle>")},
+                        {XQRTFLinkedFootnotesAsEndnotes, true},
+                        {XQRTFFootnoteStyle, 3}};
+    const QString rtf = QString::fromLatin1(wordRTFFromStoredText(stored, {}, settings));
+
+    EXPECT_EQ(rtf.count(QStringLiteral("\\sect\\sectd")), chapters - 1) << rtf.toStdString();
+    EXPECT_FALSE(rtf.contains(QStringLiteral("\\page"))) << rtf.toStdString();
+    for (int n = 1; n <= chapters; ++n) {
+        // The header names the chapter, not a note's text.
+        EXPECT_EQ(rtf.count(QStringLiteral(" {\\f0 Chapter %1\\b0 \\i0 \\ul0 \\par}}}").arg(n)), 1)
+            << rtf.toStdString();
+    }
+    // Numbering controls come before the first paragraph, not inside it.
+    const qsizetype firstParagraph = rtf.indexOf(QStringLiteral("\n\\pard"));
+    ASSERT_GT(firstParagraph, 0);
+    const qsizetype controls = rtf.indexOf(QStringLiteral("\\fet2"));
+    ASSERT_GT(controls, 0);
+    EXPECT_LT(controls, firstParagraph);
+    EXPECT_LT(rtf.indexOf(QStringLiteral("\\ftnnrlc")), firstParagraph);
+    EXPECT_LT(rtf.indexOf(QStringLiteral("\\aftnnar")), firstParagraph);
+    // Marks against their anchors: no blank before a note group, none at a note's start.
+    EXPECT_EQ(rtf.count(QStringLiteral("lighthouse{")), chapters) << rtf.toStdString();
+    EXPECT_FALSE(rtf.contains(QStringLiteral(" {\\super\\chftn"))) << rtf.toStdString();
+    EXPECT_EQ(rtf.count(QRegularExpression(QStringLiteral("\\{\\\\\\*\\\\atrfend \\d+\\}(?:\\\\[a-z]+\\d*)* ?\\{"))),
+              chapters)
+        << rtf.toStdString();
+    EXPECT_FALSE(rtf.contains(QStringLiteral("  linked note"))) << rtf.toStdString();
+    EXPECT_FALSE(rtf.contains(QStringLiteral("} .")) || rtf.contains(QStringLiteral("}  ."))) << rtf.toStdString();
 }

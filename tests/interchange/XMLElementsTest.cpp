@@ -91,23 +91,23 @@ TEST(XMLElements, OutlineExpandedState)
 TEST(XMLElements, PrintSettingsRoundTripAndDefaults)
 {
     PrintInfo info;
-    info.paperName = QStringLiteral("A4");
-    info.paperSize = QSizeF(595.5, 842);
-    info.leftMargin = 36.25;
-    info.rightMargin = 40;
-    info.topMargin = 0;
-    info.bottomMargin = 90.5;
-    info.orientation = PrintOrientation::Landscape;
-    info.horizontalPagination = PrintPagination::Clip;
-    info.verticalPagination = PrintPagination::Fit;
-    info.scaleFactor = 0.75;
-    info.horizontallyCentered = false;
-    info.verticallyCentered = true;
-    info.collates = false;
-    info.reverseOrder = true;
-    info.printsHeaderAndFooter = true;
-    info.pagesAcross = 2;
-    info.pagesDown = 3;
+    info.setPaperName(QStringLiteral("A4"));
+    info.setPaperSize(QSizeF(595.5, 842));
+    info.setLeftMargin(36.25);
+    info.setRightMargin(40);
+    info.setTopMargin(0);
+    info.setBottomMargin(90.5);
+    info.setOrientation(PrintOrientation::Landscape);
+    info.setHorizontalPagination(PrintPagination::Clip);
+    info.setVerticalPagination(PrintPagination::Fit);
+    info.setScaleFactor(0.75);
+    info.setHorizontallyCentered(false);
+    info.setVerticallyCentered(true);
+    info.setCollates(false);
+    info.setReverseOrder(true);
+    info.setPrintsHeaderAndFooter(true);
+    info.setPagesAcross(2);
+    info.setPagesDown(3);
     pugi::xml_document document;
     const pugi::xml_node element = XQXMLElementFromPrintInfo(document.append_child("Root"), info);
     const struct {
@@ -142,16 +142,16 @@ TEST(XMLElements, PrintSettingsRoundTripAndDefaults)
         "Orientation=\"landscape\" HorizontalPagination=\"Fit\" VerticalPagination=\"Sideways\" ScaleFactor=\"0\" "
         "Collates=\"YES\" ReverseOrder=\"1\" PagesAcross=\"0\" PagesDown=\"4.0\"/>"));
     PrintInfo expected;
-    expected.paperName = QStringLiteral("a4");
-    expected.paperSize = QSizeF(595, 842); // the named paper's size
-    expected.topMargin = 12;
-    expected.horizontalPagination = PrintPagination::Fit;
-    expected.pagesDown = 4;
+    expected.setPaperName(QStringLiteral("a4"));
+    expected.setPaperSize(QSizeF(595, 842)); // the named paper's size
+    expected.setTopMargin(12);
+    expected.setHorizontalPagination(PrintPagination::Fit);
+    expected.setPagesDown(4);
     EXPECT_EQ(damaged, expected);
     pugi::xml_document unknown;
     EXPECT_EQ(XQPrintInfoFromXMLElement(parsedElement(unknown, "<PrintSettings PaperType=\"Napkin\" PaperSize=\"7\"/>"))
-                  .paperSize,
-              PrintInfo().paperSize);
+                  .paperSize(),
+              PrintInfo().paperSize());
 }
 
 TEST(XMLElements, TextAttributesAndParagraphStyles)

@@ -26,7 +26,7 @@ TEST(Color, ComponentsAndQColorConversion)
 
     const Color back = Color::fromQColor(QColor(255, 0, 51, 255));
     EXPECT_EQ(back, Color(1, 0, 0.2, 1));
-    // Non-RGB specs are converted first.
+    // Colours in other models are converted first.
     const Color fromHsv = Color::fromQColor(QColor::fromHsvF(0, 1, 1));
     EXPECT_DOUBLE_EQ(fromHsv.redComponent(), 1);
     EXPECT_DOUBLE_EQ(fromHsv.greenComponent(), 0);

@@ -9,19 +9,19 @@ using namespace qly;
 TEST(PrintInfo, PageLayoutFollowsPaperOrientationAndMargins)
 {
     PrintInfo info;
-    info.leftMargin = 10;
-    info.rightMargin = 20;
-    info.topMargin = 30;
-    info.bottomMargin = 40;
+    info.setLeftMargin(10);
+    info.setRightMargin(20);
+    info.setTopMargin(30);
+    info.setBottomMargin(40);
     QPageLayout layout = info.pageLayout();
     EXPECT_EQ(layout.pageSize().size(QPageSize::Point), QSizeF(612, 792));
     EXPECT_EQ(layout.orientation(), QPageLayout::Portrait);
     EXPECT_EQ(layout.margins(QPageLayout::Point), QMarginsF(10, 30, 20, 40));
 
     // A landscape sheet stored wider than tall is the same paper turned.
-    info.paperName = QStringLiteral("A4");
-    info.paperSize = QSizeF(842, 595);
-    info.orientation = PrintOrientation::Landscape;
+    info.setPaperName(QStringLiteral("A4"));
+    info.setPaperSize(QSizeF(842, 595));
+    info.setOrientation(PrintOrientation::Landscape);
     layout = info.pageLayout();
     EXPECT_EQ(layout.pageSize().id(), QPageSize::A4);
     EXPECT_EQ(layout.orientation(), QPageLayout::Landscape);

@@ -15,5 +15,7 @@ int runScreenplay(const QStringList& args);
 int runDiff(const QStringList& args);
 int runOutline(const QStringList& args);
 int runFits(const QStringList& args);
+int runPages(const QStringList& args);
+int runBoard(const QStringList& args);
 
 } // namespace qly::tool

@@ -1,8 +1,8 @@
 // qly: the project's command-line tool. Runs the framework's conversions end to end.
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QGuiApplication>
 
 #include <cstdio>
 #include <memory>
@@ -16,7 +16,7 @@ namespace {
 struct Command {
     const char* name;
     int (*run)(const QStringList&);
-    /// Measures text or renders pictures, which needs the GUI classes.
+    /// Measures text or renders pictures, which needs the GUI classes (widgets: the text views).
     bool needsGui;
     const char* summary;
 };
@@ -30,6 +30,8 @@ const Command Commands[] = {
     {"diff", qly::tool::runDiff, false, "what changed between two versions of a document"},
     {"outline", qly::tool::runOutline, false, "the head and the items of an OPML outline"},
     {"fits", qly::tool::runFits, true, "whether a document fits on one page; its page count"},
+    {"pages", qly::tool::runPages, true, "a document printed as pages, to PDF or a picture"},
+    {"board", qly::tool::runBoard, true, "index cards on a corkboard, drawn to a PNG picture"},
 };
 
 void printUsage(FILE* stream)
@@ -73,7 +75,7 @@ int main(int argc, char** argv)
     const Command* command = argc > 1 ? commandNamed(QString::fromLocal8Bit(argv[1])) : nullptr;
     if (command && command->needsGui)
         prepareHeadlessGui();
-    std::unique_ptr<QCoreApplication> app(command && command->needsGui ? new QGuiApplication(argc, argv)
+    std::unique_ptr<QCoreApplication> app(command && command->needsGui ? new QApplication(argc, argv)
                                                                        : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("qly"));
     QStringList args = QCoreApplication::arguments().mid(1);

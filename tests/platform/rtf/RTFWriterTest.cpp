@@ -28,9 +28,10 @@ TEST(RTFWriter, HeaderTablesAndPageControlsComeInOrder)
         {BottomMarginDocumentAttribute, 72.0},          {AuthorDocumentAttribute, QStringLiteral("Ann")}};
     const QByteArray rtf = write(text, page);
     EXPECT_TRUE(rtf.startsWith("{\\rtf1\\ansi\\ansicpg1252\\cocoartf")) << rtf.constData();
+    EXPECT_TRUE(rtf.contains("\\deff0\n{\\fonttbl")) << rtf.constData();
     EXPECT_TRUE(rtf.endsWith("}"));
     // Fonts in order of first use, each with family, charset and face name.
-    EXPECT_TRUE(rtf.contains("{\\fonttbl\\f0\\froman\\fcharset0 Times;\\f1\\fswiss\\fcharset0 Helvetica-Bold;}"))
+    EXPECT_TRUE(rtf.contains("{\\fonttbl\\f0\\froman\\fcharset0 Times;\\f1\\fswiss\\fcharset0 Helvetica;}"))
         << rtf.constData();
     EXPECT_TRUE(rtf.contains("{\\colortbl;\\red255\\green255\\blue255;\\red255\\green0\\blue0;}"));
     EXPECT_TRUE(rtf.contains("{\\info\n{\\author Ann}}"));
@@ -154,4 +155,68 @@ TEST(RTFWriter, MeasuresNoDocumentHoldsAreWrittenSaturated)
     EXPECT_LT(backStyle.firstLineHeadIndent(), backStyle.headIndent());
     EXPECT_EQ(backStyle.tailIndent(), 0);
     EXPECT_GE(backStyle.paragraphSpacing(), 1000);
+}
+
+// Word processors take a font table name as a family: faces of one family share an entry, each
+// entry has its family class, and the traits come back from \b and \i.
+TEST(RTFWriter, FontsAreFamiliesWithTheirClassAndTraitsComeBack)
+{
+    struct Case {
+        const char* face;
+        double size;
+    };
+    const Case cases[] = {{"Times", 12},           {"Times-Bold", 12},   {"Times-Italic", 13},
+                          {"Times-BoldItalic", 9}, {"Courier-Bold", 10}, {"Helvetica-Oblique", 11},
+                          {"Zapfino", 20}};
+    AttributedString text;
+    for (const Case& c : cases)
+        text.append(QStringLiteral("w%1 ").arg(text.length()),
+                    fontAttributes(Font(QString::fromLatin1(c.face), c.size)));
+    const QByteArray rtf = write(text);
+    EXPECT_TRUE(rtf.contains("{\\fonttbl\\f0\\froman\\fcharset0 Times;\\f1\\fmodern\\fcharset0 Courier;"
+                             "\\f2\\fswiss\\fcharset0 Helvetica;\\f3\\fnil\\fcharset0 Zapfino;}"))
+        << rtf.constData();
+    EXPECT_FALSE(rtf.contains("-Bold")) << rtf.constData();
+    const AttributedString back = read(rtf);
+    ASSERT_EQ(back.string(), text.string());
+    for (qsizetype i = 0; i < text.length(); ++i) {
+        const Font expected = text.attribute(FontAttributeName, i).value<Font>();
+        const Font actual = back.attribute(FontAttributeName, i).value<Font>();
+        EXPECT_EQ(actual.fontName(), expected.fontName()) << "at " << i;
+        EXPECT_EQ(actual.pointSize(), expected.pointSize()) << "at " << i;
+        EXPECT_EQ(actual.traits(), expected.traits()) << "at " << i;
+    }
+}
+
+// A list item's marker goes in {\listtext …} whether it has the leading tab or not; text that only
+// looks like a marker (it holds a blank, or the paragraph is outside lists) stays body text. The
+// reader reads the marker back as text either way.
+TEST(RTFWriter, ListMarkersGoInListTextInBothForms)
+{
+    ParagraphStyle style;
+    style.setTextLists({TextList{QStringLiteral("{decimal}."), 0, 1}});
+    const Attributes item{{ParagraphStyleAttributeName, QVariant::fromValue(style)}};
+    struct Case {
+        QString text;
+        bool inList;
+        const char* expected; // in the RTF
+        const char* absent;
+    };
+    const Case cases[] = {
+        {QStringLiteral("\t1.\tOne\n"), true, "{\\listtext\\tab 1.\\tab }One", nullptr},
+        {QStringLiteral("1.\tOne\n"), true, "{\\listtext 1.\\tab }One", "\n1.\\tab"},
+        {QStringLiteral(" 2.\tTwo\n"), true, "{\\listtext  2.\\tab }Two", "\n 2.\\tab"},
+        {QStringLiteral("\u2022\tFirst bullet\n"), true, "{\\listtext\\uc0\\u8226 \\tab }First bullet", nullptr},
+        {QStringLiteral("Not a\tmarker\n"), true, "Not a\\tab marker", "listtext"},
+        {QStringLiteral("1.\tOutside\n"), false, "1.\\tab Outside", "listtext"},
+    };
+    for (const Case& c : cases) {
+        const AttributedString text(c.text, c.inList ? item : Attributes{});
+        const QByteArray rtf = write(text);
+        EXPECT_TRUE(rtf.contains(c.expected)) << c.text.toStdString() << "\n" << rtf.constData();
+        if (c.absent) {
+            EXPECT_FALSE(rtf.contains(c.absent)) << c.text.toStdString() << "\n" << rtf.constData();
+        }
+        EXPECT_EQ(read(rtf).string(), c.text);
+    }
 }

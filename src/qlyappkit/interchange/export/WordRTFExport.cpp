@@ -8,6 +8,7 @@
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
 #include <qlyappkit/text/attributes/LinkValues.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/notes/NoteConversions.h>
 
 #include <QFile>
@@ -53,6 +54,32 @@ std::optional<TextAttachment> pictureForLink(const QString& link, const QString&
         return std::nullopt;
     }
     return TextAttachment(QFileInfo(*path).fileName(), file.readAll());
+}
+
+// The visible text of a range: note texts written inline (footnotes, comments, annotations) and
+// pictures are not part of a title.
+QString visibleText(const AttributedString& text, Range range)
+{
+    AttributedString part = text.attributedSubstring(range);
+    std::vector<Range> notes;
+    for (const QString& name : {XQFootnoteAttributeName, XQLinkedCommentAttributeName, XQAnnotationAttributeName}) {
+        part.enumerateAttribute(name, Range{0, part.length()}, [&](const QVariant& v, Range r) {
+            if (v.isValid())
+                notes.push_back(r);
+            return true;
+        });
+    }
+    const QString all = part.string();
+    std::vector<bool> hidden(size_t(all.size()), false);
+    for (const Range& r : notes)
+        std::fill(hidden.begin() + r.location, hidden.begin() + r.end(), true);
+    QString visible;
+    visible.reserve(all.size());
+    for (qsizetype i = 0; i < all.size(); ++i) {
+        if (!hidden[size_t(i)] && all.at(i) != QChar(AttachmentCharacter))
+            visible.append(all.at(i));
+    }
+    return visible.trimmed();
 }
 
 } // namespace
@@ -108,8 +135,7 @@ AttributedString attributedStringByMarkingSectionsAtPageBreaks(const AttributedS
         if (end > start) {
             // A page break does not end a paragraph: the title is the section's own part of it.
             const qsizetype titleEnd = std::min(text.paragraphRange(Range{start, 0}).end(), end);
-            QString title = text.substring(Range{start, titleEnd - start}).trimmed();
-            title.remove(QChar(AttachmentCharacter));
+            const QString title = visibleText(text, Range{start, titleEnd - start});
             text.addAttribute(XQRTFSectionInfoAttributeName,
                               QVariantMap{{XQRTFSectionTitle, title}, {XQRTFSectionIsPartOfFrontMatter, false}},
                               Range{start, end - start});
@@ -148,11 +174,13 @@ QByteArray wordRTFFromStoredText(const AttributedString& storedText, const QVari
                                  const WordRTFExportSettings& settings, QStringList* warnings)
 {
     AttributedString text = attributedStringByResolvingExportLinks(storedText, settings.resourceFolder, warnings);
-    text = attributedStringByMarkingSectionsAtPageBreaks(text);
     text = attributedStringByConvertingLinkedCommentsToInlineAttributesWithCommentOption(text, InlineLinkedComments);
     // Annotations written as footnotes are the third footnote kind, with their own endnote option.
     if (settings.annotationsAsFootnotes)
         text = attributedStringByConvertingInlineAnnotationsToFootnotes(text);
+    // Sections are marked last: note text inserted after marking would carry no section and cut a
+    // chapter's run in pieces, each of which would become a section.
+    text = attributedStringByMarkingSectionsAtPageBreaks(text);
 
     QVariantMap documentAttributes = storedAttributes;
     for (auto it = settings.documentAttributes.cbegin(); it != settings.documentAttributes.cend(); ++it)

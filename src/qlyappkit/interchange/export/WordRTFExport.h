@@ -37,7 +37,8 @@ AttributedString attributedStringByResolvingExportLinks(const AttributedString& 
                                                         QStringList* warnings = nullptr);
 
 /// Marks a section at the start of the text and after each page break, running to the next one and
-/// titled by its first paragraph.
+/// titled by the visible text of its first paragraph (inline notes and pictures left out). Notes must
+/// be inline already: text inserted later carries no section and would split one.
 AttributedString attributedStringByMarkingSectionsAtPageBreaks(const AttributedString& text);
 
 /// Sets an option from its text form ("NAME=VALUE": yes/no and true/false as booleans, integers as

@@ -82,8 +82,13 @@ QString headerOrFooterRTFForControl(const QString& control, const QString& strin
         tabStops = QStringLiteral("\\tqc\\tx%1\\tqr\\tx%2").arg(twipsToRightMargin / 2).arg(twipsToRightMargin);
     const QString alignmentTag = RTFAlignmentTagForTextAlignment(tabs > 0 ? 0 : alignment);
     const QString size = fontSize > 0 ? QStringLiteral("\\fs%1").arg(int(fontSize * 2)) : QString();
-    return QStringLiteral("{\\%1 {\\pard%2%3 {%4%5 %6\\par}}}\n")
-        .arg(control, tabStops, alignmentTag, fontRTF, size, string);
+    // The font tag ends with its delimiter; one more blank would be the text's first character.
+    QString font = fontRTF;
+    while (font.endsWith(QLatin1Char(' ')))
+        font.chop(1);
+    const QString formatting = font + size;
+    const QString text = formatting.isEmpty() ? string : formatting + QLatin1Char(' ') + string;
+    return QStringLiteral("{\\%1 {\\pard%2%3 {%4\\par}}}\n").arg(control, tabStops, alignmentTag, text);
 }
 
 QString RTFFontTagForFont(const QString& rtf, const std::optional<Font>& font)
@@ -248,6 +253,9 @@ QString HeaderFooterWriter::nextSection(const QString& title, const SectionFlags
     const bool frontMatterApart = s.startAfterFrontMatter && flags.frontMatter;
 
     QString out = first ? QString() : QStringLiteral("\\sect\\sectd\n");
+    // A section that does not start at a page break runs on: a bare section break starts a page.
+    if (!first && !flags.startsNewPage)
+        out.append(QStringLiteral("\\sbknone"));
     if (first) {
         if (titlePage)
             out.append(s.differentFirstPages && !s.countFirstPages

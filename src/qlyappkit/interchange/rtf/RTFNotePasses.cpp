@@ -1,9 +1,12 @@
 // Comments, annotations, footnotes and endnotes: their runs are enclosed in tags that survive the
 // plain writer, and the tags become annotation and footnote groups, numbered and styled.
+#include <algorithm>
+
 #include <qlyappkit/interchange/rtf/ExtendedRTFExport_p.h>
 #include <qlyappkit/interchange/rtf/RTFAttributeEnclosing.h>
 #include <qlyappkit/interchange/rtf/RTFFootnoteStyles.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
+#include <qlyappkit/platform/strings/EscapeParsing.h>
 #include <qlyappkit/platform/strings/NumberParsing.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Font.h>
@@ -24,6 +27,9 @@ const QString FootnoteStartTag = QStringLiteral("JVT_FN%@_START_TAG");
 const QString FootnoteEndTag = QStringLiteral("JVT_FN%@_END_TAG");
 const QString TagKindPlaceholder = QStringLiteral("%@");
 
+// What the inline form of a linked note puts between the anchor and the note text.
+const QChar InlineNoteSeparator(QLatin1Char(' '));
+
 // Where the document's footnote numbering controls go.
 const QString FootnoteControlsMarker = QStringLiteral("<<**XQ_FN_OR_ENDN_TAG**>>");
 
@@ -42,6 +48,7 @@ const QString AnnotationEnd = QStringLiteral("}}");
 
 const QString DocumentFootnoteControls = QStringLiteral("\\fet2 \\ftnbj ");
 const QString SectionDefaults = QStringLiteral("\n\\sectd ");
+const QString FirstParagraphDefaults = QStringLiteral("\\pard");
 const QString RestartEachPage = QStringLiteral("\\ftnrestart\\ftnrstpg ");
 const QString SectionRestartEachPage = QStringLiteral("\\sftnrestart\\sftnrstpg ");
 const QString FootnoteOpening = QStringLiteral("{\\super\\chftn{\\*\\footnote\\pard\\plain");
@@ -94,11 +101,28 @@ void encloseNotes(Context& c)
         c.text.addAttribute(XQFootnoteAttributeName, kind, range);
         c.footnoteKinds.insert(kind);
     }
+    // A linked note made inline starts with one blank that parts it from its anchor. As a real note it
+    // has a mark instead: the blank goes, or it would stand before the mark or double the one after.
+    // A note that is nothing but the blank keeps it: deleting it would delete the note.
     if (!footnotes.empty()) {
         const QVariant font = c.text.attribute(FontAttributeName, footnotes.front().first.location);
         const double size = font.metaType() == QMetaType::fromType<Font>() ? font.value<Font>().pointSize() : 12.0;
         c.footnoteMarkSize = int(size * 2);
     }
+    std::vector<qsizetype> separators;
+    for (const auto& [range, kind] : footnotes) {
+        if (kind != XQInlineFootnoteKind && range.length > 1
+            && c.text.characterAt(range.location) == InlineNoteSeparator)
+            separators.push_back(range.location);
+    }
+    c.text.enumerateAttribute(XQLinkedCommentAttributeName, Range{0, c.text.length()}, [&](const QVariant& v, Range r) {
+        if (v.isValid() && r.length > 1 && c.text.characterAt(r.location) == InlineNoteSeparator)
+            separators.push_back(r.location);
+        return true;
+    });
+    std::sort(separators.begin(), separators.end());
+    for (auto it = separators.rbegin(); it != separators.rend(); ++it)
+        c.text.deleteCharacters(Range{*it, 1});
     encloseAttribute(c.text, XQCommentAttributeName, CommentLinkStartTag, CommentLinkEndTag, true);
     encloseAttribute(c.text, XQLinkedCommentAttributeName, CommentTextStartTag, CommentTextEndTag, true);
     encloseAttribute(c.text, XQAnnotationAttributeName, AnnotationStartTag, AnnotationEndTag, true);
@@ -138,7 +162,15 @@ void writeComments(Context& c)
 
 void writeFootnoteControls(Context& c)
 {
-    replaceMarkerParagraph(c.rtf, FootnoteControlsMarker, footnoteControls(c, false));
+    if (!c.hasFootnotes)
+        return;
+    // Document formatting belongs in front of the first paragraph: word processors ignore it inside one.
+    replaceMarkerParagraph(c.rtf, FootnoteControlsMarker, QString());
+    Range first = rangeOfUnescapedString(c.rtf, FirstParagraphDefaults);
+    while (!first.isNotFound() && first.end() < c.rtf.size() && c.rtf.at(first.end()).isLetter())
+        first = rangeOfUnescapedString(c.rtf, FirstParagraphDefaults, 0, Range::fromBounds(first.end(), c.rtf.size()));
+    if (!first.isNotFound())
+        c.rtf.insert(first.location, footnoteControls(c, false) + QLatin1Char('\n'));
 }
 
 void writeFootnotes(Context& c)

@@ -61,7 +61,12 @@ void markSections(Context& c)
         ? c.documentAttributes.value(PaperSizeDocumentAttribute).toSizeF()
         : QSizeF(DefaultPaperWidth, DefaultPaperHeight);
     const bool singleOption = c.options.headers.noHeaderOrFooterOnSinglePages;
-    std::vector<std::pair<qsizetype, QString>> inserts;
+    struct Insert {
+        qsizetype at;
+        bool replacesPageBreak;
+        QString marker;
+    };
+    std::vector<Insert> inserts;
     for (const Found& f : found) {
         Section section;
         section.title = f.info.value(XQRTFSectionTitle).toString();
@@ -84,11 +89,15 @@ void markSections(Context& c)
         const QString marker = SectionTitleStart + (section.flags.startsNewPage ? SectionPageFlag : QString())
             + (section.flags.frontMatter ? SectionFrontFlag : QString())
             + (section.flags.singlePage ? SectionSingleFlag : QString()) + section.title + SectionTitleEnd;
-        inserts.push_back({at, marker});
+        inserts.push_back({at, section.flags.startsNewPage, marker});
         c.sections.push_back(section);
     }
-    for (auto it = inserts.rbegin(); it != inserts.rend(); ++it)
-        c.text.insert(AttributedString(it->second, attributesForInsertion(c.text, it->first)), it->first);
+    // The section break takes the place of the page break before it: it starts a page of its own,
+    // and a page break kept after it would leave a blank page (with the first-page header on it).
+    for (auto it = inserts.rbegin(); it != inserts.rend(); ++it) {
+        const AttributedString marker(it->marker, attributesForInsertion(c.text, it->at));
+        c.text.replaceCharacters(Range{it->at, it->replacesPageBreak ? 1 : 0}, marker);
+    }
     c.text.removeAttribute(XQRTFSectionInfoAttributeName, Range{0, c.text.length()});
 }
 

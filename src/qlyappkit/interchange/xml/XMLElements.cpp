@@ -55,23 +55,22 @@ std::optional<double> numberValue(pugi::xml_node element, const QString& name)
     return value;
 }
 
-void readMargin(pugi::xml_node element, const QString& name, double& margin)
+double marginValue(pugi::xml_node element, const QString& name, double fallback)
 {
-    if (const std::optional<double> value = numberValue(element, name); value && *value >= 0)
-        margin = *value;
+    const std::optional<double> value = numberValue(element, name);
+    return value && *value >= 0 ? *value : fallback;
 }
 
-void readBool(pugi::xml_node element, const QString& name, bool& flag)
+bool boolValue(pugi::xml_node element, const QString& name, bool fallback)
 {
-    if (const std::optional<QString> text = attributeValue(element, name))
-        flag = XQBoolFromXMLStringValue(*text);
+    const std::optional<QString> text = attributeValue(element, name);
+    return text ? XQBoolFromXMLStringValue(*text) : fallback;
 }
 
-void readPages(pugi::xml_node element, const QString& name, int& pages)
+int pagesValue(pugi::xml_node element, const QString& name, int fallback)
 {
-    if (const std::optional<double> value = numberValue(element, name);
-        value && *value >= 1 && *value <= std::numeric_limits<int>::max())
-        pages = int(*value);
+    const std::optional<double> value = numberValue(element, name);
+    return value && *value >= 1 && *value <= std::numeric_limits<int>::max() ? int(*value) : fallback;
 }
 
 std::optional<QSizeF> paperSizeValue(pugi::xml_node element)
@@ -151,24 +150,26 @@ pugi::xml_node XQXMLElementFromPrintInfo(pugi::xml_node parent, const PrintInfo&
     pugi::xml_node element = parent.append_child(toPugiString(name).c_str());
     if (!element)
         return {};
-    addAttributeWithName(element, PaperSizeAttribute, XQXMLStringValueFromSize(info.paperSize));
-    addAttributeWithName(element, LeftMarginAttribute, XQXMLStringValueFromFloat(float(info.leftMargin)));
-    addAttributeWithName(element, RightMarginAttribute, XQXMLStringValueFromFloat(float(info.rightMargin)));
-    addAttributeWithName(element, TopMarginAttribute, XQXMLStringValueFromFloat(float(info.topMargin)));
-    addAttributeWithName(element, BottomMarginAttribute, XQXMLStringValueFromFloat(float(info.bottomMargin)));
+    addAttributeWithName(element, PaperSizeAttribute, XQXMLStringValueFromSize(info.paperSize()));
+    addAttributeWithName(element, LeftMarginAttribute, XQXMLStringValueFromFloat(float(info.leftMargin())));
+    addAttributeWithName(element, RightMarginAttribute, XQXMLStringValueFromFloat(float(info.rightMargin())));
+    addAttributeWithName(element, TopMarginAttribute, XQXMLStringValueFromFloat(float(info.topMargin())));
+    addAttributeWithName(element, BottomMarginAttribute, XQXMLStringValueFromFloat(float(info.bottomMargin())));
     addAttributeWithName(element, PaperTypeAttribute,
-                         info.paperName.isEmpty() ? PrintInfo().paperName : xmlValidString(info.paperName));
-    addAttributeWithName(element, OrientationAttribute, printOrientationName(info.orientation));
-    addAttributeWithName(element, HorizontalPaginationAttribute, printPaginationName(info.horizontalPagination));
-    addAttributeWithName(element, VerticalPaginationAttribute, printPaginationName(info.verticalPagination));
-    addAttributeWithName(element, ScaleFactorAttribute, XQXMLStringValueFromFloat(float(info.scaleFactor)));
-    addAttributeWithName(element, HorizontallyCenteredAttribute, XQXMLStringValueFromBool(info.horizontallyCentered));
-    addAttributeWithName(element, VerticallyCenteredAttribute, XQXMLStringValueFromBool(info.verticallyCentered));
-    addAttributeWithName(element, CollatesAttribute, XQXMLStringValueFromBool(info.collates));
-    addAttributeWithName(element, ReverseOrderAttribute, XQXMLStringValueFromBool(info.reverseOrder));
-    addAttributeWithName(element, PrintHeaderAndFooterAttribute, XQXMLStringValueFromBool(info.printsHeaderAndFooter));
-    addAttributeWithName(element, PagesAcrossAttribute, XQXMLStringValueFromInteger(info.pagesAcross));
-    addAttributeWithName(element, PagesDownAttribute, XQXMLStringValueFromInteger(info.pagesDown));
+                         info.paperName().isEmpty() ? PrintInfo().paperName() : xmlValidString(info.paperName()));
+    addAttributeWithName(element, OrientationAttribute, printOrientationName(info.orientation()));
+    addAttributeWithName(element, HorizontalPaginationAttribute, printPaginationName(info.horizontalPagination()));
+    addAttributeWithName(element, VerticalPaginationAttribute, printPaginationName(info.verticalPagination()));
+    addAttributeWithName(element, ScaleFactorAttribute, XQXMLStringValueFromFloat(float(info.scaleFactor())));
+    addAttributeWithName(element, HorizontallyCenteredAttribute,
+                         XQXMLStringValueFromBool(info.isHorizontallyCentered()));
+    addAttributeWithName(element, VerticallyCenteredAttribute, XQXMLStringValueFromBool(info.isVerticallyCentered()));
+    addAttributeWithName(element, CollatesAttribute, XQXMLStringValueFromBool(info.collates()));
+    addAttributeWithName(element, ReverseOrderAttribute, XQXMLStringValueFromBool(info.reverseOrder()));
+    addAttributeWithName(element, PrintHeaderAndFooterAttribute,
+                         XQXMLStringValueFromBool(info.printsHeaderAndFooter()));
+    addAttributeWithName(element, PagesAcrossAttribute, XQXMLStringValueFromInteger(info.pagesAcross()));
+    addAttributeWithName(element, PagesDownAttribute, XQXMLStringValueFromInteger(info.pagesDown()));
     return element;
 }
 
@@ -178,31 +179,31 @@ PrintInfo XQPrintInfoFromXMLElement(pugi::xml_node element)
     if (!element)
         return info;
     if (const std::optional<QString> paper = attributeValue(element, PaperTypeAttribute); paper && !paper->isEmpty())
-        info.paperName = *paper;
+        info.setPaperName(*paper);
     if (const std::optional<QSizeF> size = paperSizeValue(element))
-        info.paperSize = *size;
-    else if (const std::optional<QSizeF> named = paperSizeNamed(info.paperName))
-        info.paperSize = *named;
-    readMargin(element, LeftMarginAttribute, info.leftMargin);
-    readMargin(element, RightMarginAttribute, info.rightMargin);
-    readMargin(element, TopMarginAttribute, info.topMargin);
-    readMargin(element, BottomMarginAttribute, info.bottomMargin);
+        info.setPaperSize(*size);
+    else if (const std::optional<QSizeF> named = paperSizeNamed(info.paperName()))
+        info.setPaperSize(*named);
+    info.setLeftMargin(marginValue(element, LeftMarginAttribute, info.leftMargin()));
+    info.setRightMargin(marginValue(element, RightMarginAttribute, info.rightMargin()));
+    info.setTopMargin(marginValue(element, TopMarginAttribute, info.topMargin()));
+    info.setBottomMargin(marginValue(element, BottomMarginAttribute, info.bottomMargin()));
     if (const auto orientation =
             printOrientationNamed(attributeValue(element, OrientationAttribute).value_or(QString())))
-        info.orientation = *orientation;
+        info.setOrientation(*orientation);
     if (const auto p = printPaginationNamed(attributeValue(element, HorizontalPaginationAttribute).value_or(QString())))
-        info.horizontalPagination = *p;
+        info.setHorizontalPagination(*p);
     if (const auto p = printPaginationNamed(attributeValue(element, VerticalPaginationAttribute).value_or(QString())))
-        info.verticalPagination = *p;
+        info.setVerticalPagination(*p);
     if (const std::optional<double> scale = numberValue(element, ScaleFactorAttribute); scale && *scale > 0)
-        info.scaleFactor = *scale;
-    readBool(element, HorizontallyCenteredAttribute, info.horizontallyCentered);
-    readBool(element, VerticallyCenteredAttribute, info.verticallyCentered);
-    readBool(element, CollatesAttribute, info.collates);
-    readBool(element, ReverseOrderAttribute, info.reverseOrder);
-    readBool(element, PrintHeaderAndFooterAttribute, info.printsHeaderAndFooter);
-    readPages(element, PagesAcrossAttribute, info.pagesAcross);
-    readPages(element, PagesDownAttribute, info.pagesDown);
+        info.setScaleFactor(*scale);
+    info.setHorizontallyCentered(boolValue(element, HorizontallyCenteredAttribute, info.isHorizontallyCentered()));
+    info.setVerticallyCentered(boolValue(element, VerticallyCenteredAttribute, info.isVerticallyCentered()));
+    info.setCollates(boolValue(element, CollatesAttribute, info.collates()));
+    info.setReverseOrder(boolValue(element, ReverseOrderAttribute, info.reverseOrder()));
+    info.setPrintsHeaderAndFooter(boolValue(element, PrintHeaderAndFooterAttribute, info.printsHeaderAndFooter()));
+    info.setPagesAcross(pagesValue(element, PagesAcrossAttribute, info.pagesAcross()));
+    info.setPagesDown(pagesValue(element, PagesDownAttribute, info.pagesDown()));
     return info;
 }
 

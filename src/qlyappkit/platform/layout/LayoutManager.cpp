@@ -1,5 +1,6 @@
 #include <qlyappkit/platform/layout/LayoutManager.h>
 
+#include <QGlyphRun>
 #include <QPainter>
 #include <algorithm>
 
@@ -116,6 +117,7 @@ void LayoutManager::rebuildAllParagraphs()
     m_units.clear();
     m_validEnd = 0;
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
     if (m_storage)
         resegment(0, 0, 0, m_storage->length());
@@ -221,6 +223,7 @@ void LayoutManager::invalidateFromUnit(qsizetype unit)
 {
     m_validEnd = std::min(m_validEnd, unit);
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
 }
 
@@ -237,6 +240,7 @@ void LayoutManager::invalidateFromContainer(qsizetype containerIndex)
     if (m_validEnd > firstUntrusted || firstUntrusted < qsizetype(m_units.size()))
         invalidateFromUnit(firstUntrusted);
     m_endReported = false;
+    m_extraLine = {};
     m_outOfContainers = false;
 }
 
@@ -272,8 +276,11 @@ void LayoutManager::layoutUntil(const std::function<bool()>& stop)
         if (m_validEnd >= qsizetype(m_units.size())) {
             if (!m_endReported) {
                 m_endReported = true;
+                placeExtraLineFragment();
                 if (m_containerList.empty())
                     reportCompletion(-1, true);
+                else if (m_extraLine.container >= 0)
+                    reportCompletion(m_extraLine.container, true);
                 else
                     reportCompletion(m_units.empty() ? 0 : m_units.back()->endContainer, true);
             }
@@ -566,6 +573,50 @@ QRectF LayoutManager::usedRectForTextContainer(TextContainer* container)
     return used;
 }
 
+// A line with pictures is drawn a run of characters at a time, leaving out the stand-in glyph each
+// picture is laid out as: drawn, even transparent, it would be text in a PDF.
+void LayoutManager::drawLineAroundAttachments(QPainter* painter, const LaidParagraph& unit, const QTextLine& line,
+                                              const QPointF& position)
+{
+    const qsizetype start = line.textStart();
+    const qsizetype end = std::min<qsizetype>(start + line.textLength(), unit.layout->text().size());
+    const QList<QTextLayout::FormatRange> formats = unit.layout->formats();
+    std::vector<qsizetype> cuts{start, end};
+    for (const QTextLayout::FormatRange& range : formats) {
+        cuts.push_back(std::clamp<qsizetype>(range.start, start, end));
+        cuts.push_back(std::clamp<qsizetype>(range.start + range.length, start, end));
+    }
+    for (const AttachmentBox& box : unit.attachments) {
+        cuts.push_back(std::clamp<qsizetype>(box.offset, start, end));
+        cuts.push_back(std::clamp<qsizetype>(box.offset + 1, start, end));
+    }
+    std::sort(cuts.begin(), cuts.end());
+    cuts.erase(std::unique(cuts.begin(), cuts.end()), cuts.end());
+    for (size_t c = 0; c + 1 < cuts.size(); ++c) {
+        const qsizetype from = cuts[c], to = cuts[c + 1];
+        const bool attachment = std::any_of(unit.attachments.begin(), unit.attachments.end(),
+                                            [&](const AttachmentBox& box) { return box.offset == from; });
+        if (attachment)
+            continue;
+        QTextCharFormat format;
+        for (const QTextLayout::FormatRange& range : formats) {
+            if (range.start <= from && from < range.start + range.length)
+                format = range.format;
+        }
+        if (format.hasProperty(QTextFormat::BackgroundBrush)) {
+            const double left = line.cursorToX(int(from)), right = line.cursorToX(int(to));
+            painter->fillRect(QRectF(position.x() + std::min(left, right), position.y() + line.y(),
+                                     std::abs(right - left), line.height()),
+                              format.background());
+        }
+        painter->setPen(format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color()
+                                                                         : QColor(Qt::black));
+        for (const QGlyphRun& run : line.glyphRuns(int(from), int(to - from)))
+            painter->drawGlyphRun(position, run);
+    }
+    painter->setPen(QColor(Qt::black));
+}
+
 void LayoutManager::drawTextContainer(TextContainer* container, QPainter* painter, const QPointF& origin)
 {
     const qsizetype index = indexOfTextContainer(container);
@@ -573,6 +624,9 @@ void LayoutManager::drawTextContainer(TextContainer* container, QPainter* painte
         return;
     ensureLayoutForTextContainer(container);
     const double padding = container->lineFragmentPadding();
+    // Text without a colour of its own is black, whatever pen the painter was left with.
+    painter->save();
+    painter->setPen(QColor(Qt::black));
     for (qsizetype u = firstUnitInContainer(index); u < m_validEnd; ++u) {
         const LaidParagraph& unit = *m_units[size_t(u)];
         if (unit.startContainer > index)
@@ -584,7 +638,15 @@ void LayoutManager::drawTextContainer(TextContainer* container, QPainter* painte
             if (placed.containerIndex != index)
                 continue;
             const QTextLine line = unit.layout->lineAt(unit.lines[i].textLine);
-            line.draw(painter, origin + QPointF(padding, placed.baseline - line.ascent()));
+            const QPointF position = origin + QPointF(padding, placed.baseline - line.ascent());
+            const bool holdsAttachment =
+                std::any_of(unit.attachments.begin(), unit.attachments.end(), [&](const AttachmentBox& box) {
+                    return box.offset >= unit.lines[i].start && box.offset < unit.lines[i].start + unit.lines[i].length;
+                });
+            if (holdsAttachment)
+                drawLineAroundAttachments(painter, unit, line, position);
+            else
+                line.draw(painter, position);
             for (const AttachmentBox& box : unit.attachments) {
                 if (box.offset < unit.lines[i].start || box.offset >= unit.lines[i].start + unit.lines[i].length)
                     continue;
@@ -597,6 +659,7 @@ void LayoutManager::drawTextContainer(TextContainer* container, QPainter* painte
             }
         }
     }
+    painter->restore();
 }
 
 } // namespace qly

@@ -18,6 +18,7 @@
 #include <qlyappkit/platform/text/TextStorage.h>
 
 class QPainter;
+class QTextLine;
 
 namespace qly {
 
@@ -129,6 +130,25 @@ public:
     /// Draws the lines of a container (text and attachment pictures) with the container's origin at origin.
     void drawTextContainer(TextContainer* container, QPainter* painter, const QPointF& origin);
 
+    // ---- the insertion point (each lays out as far as it needs)
+    /// The empty line after a final paragraph terminator, or the only line of an empty text: where the
+    /// caret stands at the end. Null when the text ends otherwise. Its height is the line height of the
+    /// last character's font (the user font for an empty text).
+    QRectF extraLineFragmentRect();
+    QRectF extraLineFragmentUsedRect();
+    TextContainer* extraLineFragmentTextContainer();
+    /// The insertion point nearest a point of a container: the character boundary closest to it on the
+    /// line at that height (the first line above it, the last below it). A line's terminator is never
+    /// passed: a click right of a paragraph puts the caret before its line break.
+    qsizetype characterIndexForPoint(const QPointF& point, TextContainer* container);
+    /// The caret before the character at index (at the end for the text's length), in its container's
+    /// coordinates: a rectangle one point wide, as high as the line's glyphs. Null when that place is
+    /// not laid out in any container; the container comes back through container.
+    QRectF insertionPointRectForCharacterIndex(qsizetype index, TextContainer** container = nullptr);
+    /// The rectangles that highlight a character range inside one container, a line at a time; a line
+    /// the range runs past is highlighted to the container's right edge.
+    std::vector<QRectF> selectionRectsForCharacterRange(Range range, TextContainer* container);
+
     // ---- called by the typesetter
     /// Records a laid-out line. Subclasses that watch lines override it and call the base.
     virtual void setLineFragmentRect(const QRectF& fragmentRect, Range glyphRange, const QRectF& usedRect);
@@ -164,6 +184,11 @@ private:
     qsizetype firstUnitInContainer(qsizetype containerIndex) const;
     void reportCompletion(qsizetype containerIndex, bool atEnd);
     const LineFragment* lineAtGlyph(qsizetype glyphIndex);
+    void placeExtraLineFragment();
+    void drawLineAroundAttachments(QPainter* painter, const LaidParagraph& unit, const QTextLine& line,
+                                   const QPointF& position);
+    /// x of a character boundary on a placed line, from the container's left edge.
+    double xForOffset(const LaidParagraph& unit, size_t line, qsizetype offset) const;
 
     TextStorage* m_storage = nullptr;
     std::vector<std::unique_ptr<TextContainer>> m_containers;
@@ -181,6 +206,11 @@ private:
     Position m_cursor; ///< where the current unit's next line goes
     double m_pendingBaseline = 0; ///< baseline of the line being recorded
     bool m_outOfContainers = false;
+    struct ExtraLine {
+        int container = -1; ///< -1: the text does not end with an empty line
+        QRectF rect;
+        QRectF usedRect;
+    } m_extraLine;
     Statistics m_statistics;
 };
 

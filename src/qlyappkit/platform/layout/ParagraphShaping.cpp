@@ -98,6 +98,30 @@ Qt::Alignment qtAlignment(TextAlignment alignment, bool rightToLeft)
     return rightToLeft ? Qt::AlignRight : Qt::AlignLeft;
 }
 
+// Underline, strikethrough and background colour: they change no metric, only the drawing. Qt has one
+// underline weight, so thick and double underlines are drawn single.
+bool addDecorations(const Attributes& attributes, QTextCharFormat& format)
+{
+    bool added = false;
+    if (attributes.value(UnderlineStyleAttributeName).toInt() != UnderlineStyleNone) {
+        format.setUnderlineStyle(QTextCharFormat::SingleUnderline);
+        const QVariant color = attributes.value(UnderlineColorAttributeName);
+        if (color.metaType() == QMetaType::fromType<Color>())
+            format.setUnderlineColor(color.value<Color>().toQColor());
+        added = true;
+    }
+    if (attributes.value(StrikethroughStyleAttributeName).toInt() != UnderlineStyleNone) {
+        format.setFontStrikeOut(true);
+        added = true;
+    }
+    const QVariant background = attributes.value(BackgroundColorAttributeName);
+    if (background.metaType() == QMetaType::fromType<Color>()) {
+        format.setBackground(background.value<Color>().toQColor());
+        added = true;
+    }
+    return added;
+}
+
 bool isLayoutControl(char16_t c) { return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x2028; }
 
 } // namespace
@@ -167,6 +191,7 @@ void LayoutManager::shapeParagraph(LaidParagraph& p, double containerWidth, doub
             format.setForeground(color.value<Color>().toQColor());
             needed = true;
         }
+        needed |= addDecorations(attributes, format);
         if (needed)
             formats.append({int(at), int(runEnd - at), format});
         const QVariant attachment = attributes.value(AttachmentAttributeName);

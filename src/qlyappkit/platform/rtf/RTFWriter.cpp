@@ -21,7 +21,8 @@ using rtf::Word;
 
 // The document header: the platform's RTF flavour, version word included, as the extended passes
 // expect to find it.
-constexpr const char* DocumentHeader = "{\\rtf1\\ansi\\ansicpg1252\\cocoartf1038";
+// Font 0 is the default font: readers use it for text that names none.
+constexpr const char* DocumentHeader = "{\\rtf1\\ansi\\ansicpg1252\\cocoartf1038\\deff0";
 constexpr const char* HyperlinkStart = "{\\field{\\*\\fldinst{HYPERLINK \"";
 constexpr const char* HyperlinkResult = "\"}}{\\fldrslt ";
 constexpr const char* NestedRowStart = "{\\*\\nesttableprops";
@@ -72,6 +73,26 @@ bool sameCell(const TextBlock& a, const TextBlock& b)
 }
 
 bool sameRow(const TextBlock& a, const TextBlock& b) { return a.table == b.table && a.startingRow == b.startingRow; }
+
+// The index of the tab that ends a list item's marker text ("\t•\t", "•\t", " 1.\t", "iv)\t"), or -1
+// when the item does not start with one: a marker is short and holds no blank after its first sign.
+qsizetype listMarkerEnd(const QString& s, const Paragraph& p)
+{
+    if (p.list <= 0 || p.start >= p.contentEnd)
+        return -1;
+    qsizetype from = p.start;
+    while (from < p.contentEnd && (s.at(from) == QLatin1Char(' ') || s.at(from) == QLatin1Char('\t'))
+           && from - p.start < 2)
+        ++from;
+    const qsizetype tab = s.indexOf(QLatin1Char('\t'), from);
+    if (tab <= from || tab >= p.contentEnd || tab - p.start > MaxListTextLength)
+        return -1;
+    for (qsizetype i = from; i < tab; ++i) {
+        if (s.at(i).isSpace())
+            return -1;
+    }
+    return tab;
+}
 
 QString linkTarget(const QVariant& value)
 {
@@ -503,22 +524,20 @@ void Writer::writeParagraph(size_t index)
     }
 
     qsizetype position = p.start;
-    // Marker text at the start of a list item ("\t•\t") goes in a group that list-aware readers skip.
-    if (p.list > 0 && position < p.contentEnd && m_string.at(position) == QLatin1Char('\t')) {
-        const qsizetype second = m_string.indexOf(QLatin1Char('\t'), position + 1);
-        if (second > position + 1 && second < p.contentEnd && second - position <= MaxListTextLength) {
-            while (m_runCursor + 1 < m_runs.size() && m_runs[m_runCursor].end <= position)
-                ++m_runCursor;
-            const Run& run = m_runs[m_runCursor];
-            if (run.end > second && linkTarget(run.attributes.value(LinkAttributeName)).isEmpty()) {
-                closeLink();
-                switchTo(charStateFor(run.attributes));
-                m_out.raw("{");
-                m_out.word(Word::ListText);
-                writeRunText(run, position, second + 1);
-                m_out.raw("}");
-                position = second + 1;
-            }
+    // Marker text at the start of a list item ("\t•\t", or "1.\t" as other programs write it) goes in a
+    // group that list-aware readers skip: as body text they would show it beside their own marker.
+    if (const qsizetype second = listMarkerEnd(m_string, p); second > 0) {
+        while (m_runCursor + 1 < m_runs.size() && m_runs[m_runCursor].end <= position)
+            ++m_runCursor;
+        const Run& run = m_runs[m_runCursor];
+        if (run.end > second && linkTarget(run.attributes.value(LinkAttributeName)).isEmpty()) {
+            closeLink();
+            switchTo(charStateFor(run.attributes));
+            m_out.raw("{");
+            m_out.word(Word::ListText);
+            writeRunText(run, position, second + 1);
+            m_out.raw("}");
+            position = second + 1;
         }
     }
     while (position < p.end) {

@@ -3,7 +3,8 @@
 // styles (alignment, indents, tabs, spacing, line heights, lists, table cells), character formatting
 // and links are written; attachments are not. Paragraph breaks come out as a backslash and a line
 // feed, every character outside printable ASCII as "\uc0\uN " (N the UTF-16 unit), the header as
-// "{\rtf1\ansi\ansicpg1252\cocoartf…", then the font table, the colour table (white first), the
+// "{\rtf1\ansi\ansicpg1252\cocoartf…\deff0", then the font table (families with their family
+// class; bold and italic as \b and \i), the colour table (white first), the
 // page controls from the document attributes and "\viewkind0". Line heights that the standard
 // "\sl" forms cannot carry (leading, a maximum beside a minimum or a multiple) go in this code's own
 // words "\qlylinespacing", "\qlyminlineheight" and "\qlymaxlineheight", which other readers ignore.

@@ -40,8 +40,10 @@ quint32 packed(const Color& c)
 
 int FontTable::indexOf(const Font& font)
 {
+    // One entry per family: word processors take an entry's name as a family, and a face name such
+    // as "Times-Bold" is a family they do not have. The traits are written as \b and \i.
     // Names cannot hold the entry separator.
-    QString name = font.fontName();
+    QString name = font.familyName();
     name.remove(QLatin1Char(';'));
     auto it = m_index.constFind(name);
     if (it != m_index.constEnd())

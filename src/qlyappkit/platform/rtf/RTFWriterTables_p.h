@@ -12,7 +12,7 @@
 
 namespace qly::rtf {
 
-/// Fonts by face name ("Helvetica-Bold"): the traits travel in the name and again as \b and \i.
+/// Fonts by family ("Helvetica", with its family class such as \fswiss); the traits travel as \b and \i.
 class FontTable {
 public:
     int indexOf(const Font& font);

@@ -27,12 +27,13 @@ constexpr std::array<Suffix, 7> kSuffixes{{
     {"-Regular", 0},
 }};
 
-// The installed families that stand in for the standard faces documents name (metric-compatible).
+// The installed families that stand in for the standard faces documents name (metric-compatible), and
+// for the hand-lettered face the corkboard titles its picture cards with (the first installed wins).
 struct Substitute {
     const char* requested;
     const char* installed;
 };
-constexpr std::array<Substitute, 8> kSubstitutes{{
+constexpr std::array<Substitute, 11> kSubstitutes{{
     {"Helvetica", "Liberation Sans"},
     {"Arial", "Liberation Sans"},
     {"ArialMT", "Liberation Sans"},
@@ -41,6 +42,9 @@ constexpr std::array<Substitute, 8> kSubstitutes{{
     {"TimesNewRomanPSMT", "Liberation Serif"},
     {"Courier", "Liberation Mono"},
     {"Courier New", "Liberation Mono"},
+    {"Chalkboard", "Comic Neue"},
+    {"Chalkboard", "Humor Sans"},
+    {"Chalkboard", "DejaVu Sans"},
 }};
 
 // What the font database knows about one requested family: the installed family it resolves to

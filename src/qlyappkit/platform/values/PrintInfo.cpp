@@ -7,11 +7,11 @@ namespace qly {
 QPageLayout PrintInfo::pageLayout() const
 {
     // QPageSize is always portrait; the orientation turns it.
-    const QSizeF portrait = paperSize.width() > paperSize.height() ? paperSize.transposed() : paperSize;
-    const QPageSize size(portrait, QPageSize::Point, paperName, QPageSize::FuzzyMatch);
+    const QSizeF portrait = m_paperSize.width() > m_paperSize.height() ? m_paperSize.transposed() : m_paperSize;
+    const QPageSize size(portrait, QPageSize::Point, m_paperName, QPageSize::FuzzyMatch);
     return QPageLayout(size,
-                       orientation == PrintOrientation::Landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
-                       QMarginsF(leftMargin, topMargin, rightMargin, bottomMargin), QPageLayout::Point);
+                       m_orientation == PrintOrientation::Landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
+                       QMarginsF(m_leftMargin, m_topMargin, m_rightMargin, m_bottomMargin), QPageLayout::Point);
 }
 
 std::optional<QSizeF> paperSizeNamed(const QString& name)
