@@ -1,5 +1,7 @@
 #include <qlyappkit/interchange/xml/RichTextElement.h>
 
+#include <QBuffer>
+#include <QImage>
 #include <sstream>
 
 #include "support/RichTextAssertions.h"
@@ -7,6 +9,8 @@
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Color.h>
 #include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/TextAttachment.h>
+#include <qlyappkit/text/attributes/XQAttributeNames.h>
 
 using namespace qly;
 
@@ -67,7 +71,6 @@ TEST(RichTextElement, UnreadableContentsGiveEmptyText)
         "<RTF><![CDATA[]]></RTF>",
         "<RTF><![CDATA[%%% not base64 %%%]]></RTF>",
         "<RTF><![CDATA[AAAA]]></RTF>",
-        "<RTF><![CDATA[{\\rtf1\\ansi cut short]]></RTF>",
         "<RTF><![CDATA[\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9]]></RTF>",
     };
     for (const char* xml : broken) {
@@ -83,11 +86,38 @@ TEST(RichTextElement, UnreadableContentsGiveEmptyText)
     ASSERT_TRUE(foreign.load_string("<RTF>{\\rtf1\\ansi plain RTF}</RTF>"));
     EXPECT_EQ(XQAttributedStringFromXMLElement(foreign.document_element()).string(), QStringLiteral("plain RTF"));
 
-    // A damaged copy of a good element.
+    // A damaged copy of a good element gives what was read up to the damage.
     pugi::xml_document document;
     pugi::xml_node element = XQXMLElementFromAttributedString(document.append_child("Root"), styledText());
     std::string stored = element.first_child().value();
-    stored.resize(stored.size() / 2);
+    stored.resize(stored.rfind("colour"));
     element.first_child().set_value(stored.c_str());
-    EXPECT_TRUE(XQAttributedStringFromXMLElement(element).isEmpty());
+    EXPECT_EQ(XQAttributedStringFromXMLElement(element).string(), QStringLiteral("Bold italic \u00e9t\u00e9 "));
+}
+
+TEST(RichTextElement, KeepsPicturesAndNotes)
+{
+    QImage image(6, 4, QImage::Format_RGB32);
+    for (int i = 0; i < 24; ++i)
+        image.setPixel(i % 6, i / 6, qRgb(i * 10, 255 - i * 10, i * 3));
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(image.save(&buffer, "PNG"));
+
+    AttributedString text(QStringLiteral("A figure "));
+    text.append(QString(QChar(AttachmentCharacter)),
+                {{AttachmentAttributeName, QVariant::fromValue(TextAttachment(QStringLiteral("plan.png"), png))}});
+    text.append(QStringLiteral(" and a note"), {{XQFootnoteAttributeName, true}});
+    pugi::xml_document document;
+    const pugi::xml_node element = XQXMLElementFromAttributedString(document.append_child("Root"), text);
+    EXPECT_TRUE(QByteArray(element.first_child().value()).contains("\\pngblip "));
+
+    const AttributedString read = throughSavedXML(text, QStringLiteral("RTF"));
+    ASSERT_EQ(read.string(), text.string());
+    const TextAttachment attachment = read.attribute(AttachmentAttributeName, 9).value<TextAttachment>();
+    EXPECT_EQ(attachment.fileName(), QStringLiteral("plan.png"));
+    EXPECT_EQ(attachment.contents(), png);
+    EXPECT_EQ(read.attribute(XQFootnoteAttributeName, 12), QVariant(true));
+    EXPECT_FALSE(read.attribute(XQFootnoteAttributeName, 3).isValid());
 }

@@ -9,6 +9,7 @@ const std::vector<DocumentFormatHandler>& documentFormatHandlers()
     static const std::vector<DocumentFormatHandler> handlers{
         plainTextFormatHandler(), rtfFormatHandler(),           wordRTFFormatHandler(),
         markdownFormatHandler(),  multiMarkdownFormatHandler(), screenplayFormatHandler(),
+        packageRTFFormatHandler(),
         htmlFormatHandler(), // written only
     };
     return handlers;

@@ -66,6 +66,7 @@ const std::vector<DocumentFormatHandler>& documentFormatHandlers();
 DocumentFormatHandler plainTextFormatHandler();
 DocumentFormatHandler rtfFormatHandler();
 DocumentFormatHandler wordRTFFormatHandler();
+DocumentFormatHandler packageRTFFormatHandler();
 DocumentFormatHandler markdownFormatHandler();
 DocumentFormatHandler multiMarkdownFormatHandler();
 DocumentFormatHandler screenplayFormatHandler();

@@ -1,6 +1,9 @@
-// RTF as the platform writes and reads it.
+// RTF as the platform writes and reads it; reading keeps the pictures a stored text (package RTF) embeds,
+// for the formats that write them.
 #include <qlyappkit/interchange/export/Documents.h>
+#include <qlyappkit/interchange/package/PackageRTFReader.h>
 #include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/text/comments/CommentedText.h>
 
 #include "ConvertFormats.h"
 
@@ -24,6 +27,12 @@ DocumentFormatHandler rtfFormatHandler()
             return std::nullopt;
         }
         document.text = *text;
+        // A stored text's pictures: read as package RTF, not as main text, so that note tags stay tags
+        // for the word-rtf export to convert and links stay as the platform reads them.
+        if (bytes.contains("\\pict") || bytes.contains("\\quillerypdf")) {
+            if (const std::optional<AttributedString> stored = initWithQuilleryPackageRTF(bytes, nullptr, false))
+                document.text = attributedStringBySavingCommentAndQuilleryLinkIDsAsLinkAttributes(*stored, false);
+        }
         return document;
     };
     handler.write = [](const ConvertDocument& document, const QString& outputPath, const CommandLine&) {

@@ -1,6 +1,9 @@
 #include <qlyappkit/interchange/export/StoredText.h>
 
 #include <qlyappkit/interchange/comments/CommentsSideFile.h>
+#include <qlyappkit/interchange/package/PackageRTFReader.h>
+#include <qlyappkit/interchange/package/PackageRTFWriter.h>
+#include <qlyappkit/platform/services/AtomicFile.h>
 #include <qlyappkit/platform/services/Localization.h>
 #include <qlyappkit/platform/text/MutableAttributedString.h>
 #include <qlyappkit/text/notes/NoteTags.h>
@@ -43,7 +46,20 @@ std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& dat
         attributedStringFromDocumentData(data, format, documentAttributes, error, warnings);
     if (!read)
         return std::nullopt;
-    return storedTextFromAttributedString(*read, commentsPath, error);
+    if (format != DocumentFormat::RTF)
+        return storedTextFromAttributedString(*read, commentsPath, error);
+    // Read again as package RTF, for the pictures the platform reader leaves out; the first read gave the
+    // error or warnings a damaged file deserves. Tags stay text here so that they are converted once, below.
+    const std::optional<AttributedString> package = initWithQuilleryPackageRTF(data, documentAttributes, false);
+    return storedTextFromAttributedString(package.value_or(*read), commentsPath, error);
+}
+
+bool writeStoredText(const AttributedString& text, const QString& path, const QVariantMap& documentAttributes,
+                     Error* error)
+{
+    const QByteArray rtf = quilleryPackageRTFFromRange(text, Range{0, text.length()}, documentAttributes, true);
+    return writeFileAtomically(path, rtf, error)
+        && writeCommentsToURL(text, commentsSideFilePathForDocument(path), error);
 }
 
 } // namespace qly

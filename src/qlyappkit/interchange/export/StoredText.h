@@ -1,8 +1,9 @@
 #pragma once
-// The text of a document as the application stores it: RTF (or plain text) in which notes travel as
-// tags, and linked comments in a comments side file beside it ("NAME.comments.xml" for "NAME.rtf").
-// Reading it gives the text with its notes as attributes and its comments on their anchors, ready for
-// export.
+// The text of a document as the application stores it: package RTF (PackageRTFWriter.h: notes as tags,
+// pictures embedded, linked pictures as links), and linked comments in a comments side file beside it
+// ("NAME.comments.xml" for "NAME.rtf"). Reading it gives the text with its notes as attributes, its
+// pictures as attachments and its comments on their anchors, ready for export. Plain RTF and plain text
+// stored by earlier versions read the same way.
 #include <qlyappkit/interchange/export/Documents.h>
 
 namespace qly {
@@ -26,5 +27,11 @@ std::optional<AttributedString> storedTextFromDocumentData(const QByteArray& dat
                                                            const QString& commentsPath,
                                                            QVariantMap* documentAttributes = nullptr,
                                                            Error* error = nullptr, QStringList* warnings = nullptr);
+
+/// Writes a stored text: the package RTF of text (as main text) to path and its comments to the side file
+/// beside it, each atomically. A text without comments removes a side file left from an earlier save.
+/// False (and *error) when either write fails.
+bool writeStoredText(const AttributedString& text, const QString& path, const QVariantMap& documentAttributes = {},
+                     Error* error = nullptr);
 
 } // namespace qly

@@ -4,35 +4,14 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QPdfDocument>
 #include <vector>
 
+#include <qlyappkit/interchange/pictures/PictureData.h>
 #include <qlyappkit/interchange/rtf/RTFTextToolkit.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 
 namespace qly {
-
-namespace {
-
-QImage renderPDF(const QByteArray& bytes, int resolution, QSizeF* pointSize)
-{
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QPdfDocument document;
-    document.load(&buffer);
-    if (document.status() != QPdfDocument::Status::Ready || document.pageCount() < 1)
-        return QImage();
-    const QSizeF points = document.pagePointSize(0);
-    *pointSize = points;
-    const QSize pixels((points * resolution / 72.0).toSize());
-    if (pixels.isEmpty())
-        return QImage();
-    return document.render(0, pixels);
-}
-
-} // namespace
 
 std::optional<RTFImageRecord> RTFImageRecordForAttachment(const TextAttachment& attachment, int pdfResolution)
 {
@@ -52,7 +31,7 @@ std::optional<RTFImageRecord> RTFImageRecordForAttachment(const TextAttachment& 
     QImage image;
     if (extension == QLatin1String("pdf")) {
         QSizeF points;
-        image = renderPDF(bytes, pdfResolution > 0 ? pdfResolution : 600, &points);
+        image = renderPDFPage(bytes, pdfResolution > 0 ? pdfResolution : 600, &points);
         if (image.isNull())
             return std::nullopt;
         if (intended.isEmpty())

@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-#include <qlyappkit/platform/rtf/RTFReader.h>
-#include <qlyappkit/platform/rtf/RTFWriter.h>
+#include <qlyappkit/interchange/package/PackageRTFReader.h>
+#include <qlyappkit/interchange/package/PackageRTFWriter.h>
 #include <qlyappkit/platform/xml/XMLElement.h>
 
 namespace qly {
@@ -14,7 +14,7 @@ pugi::xml_node XQXMLElementFromAttributedString(pugi::xml_node parent, const Att
     if (!parent)
         return {};
     // The RTF is 7-bit printable text with line feeds, which a CDATA section holds as it is.
-    const QByteArray rtf = RTFFromRange(text, Range{0, text.length()});
+    const QByteArray rtf = quilleryPackageRTFFromRange(text, Range{0, text.length()}, {}, true);
     return appendElementWithCDATA(parent, name, QString::fromLatin1(rtf));
 }
 
@@ -24,11 +24,9 @@ AttributedString XQAttributedStringFromXMLElement(pugi::xml_node element)
         return {};
     // Written as ASCII; anything else another program put there is taken as UTF-8.
     const QByteArray stored = stringValueOfNode(element).toUtf8();
-    RTFParseResult result;
-    const std::optional<AttributedString> text = attributedStringFromRTF(stored, nullptr, &result);
-    if (!text || !result)
-        return {}; // not RTF, or cut short
-    return *text;
+    if (!stored.trimmed().startsWith("{\\rtf"))
+        return {}; // the element holds RTF; other text is not ours
+    return initWithQuilleryPackageRTF(stored, nullptr, true).value_or(AttributedString());
 }
 
 } // namespace qly
