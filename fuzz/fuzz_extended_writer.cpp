@@ -3,7 +3,7 @@
 // tables, separators, non-ASCII) and the export options; whatever they choose, the writer's output
 // must be one balanced group of 7-bit RTF, with no marker left, that the platform reader reads
 // without a problem.
-#include <QGuiApplication>
+#include <QApplication>
 #include <QTemporaryDir>
 #include <cstdint>
 #include <cstdio>
@@ -46,11 +46,12 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfi
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 {
-    // Fonts are measured (single-page sections) and pictures encoded: a headless application is needed,
+    // Fonts are measured (single-page sections, through the fitting helper's text view, a widget) and
+    // pictures encoded: a headless widget application is needed,
     // and user defaults must stay out of the developer's own settings. Both live as long as the
     // process, as the font caches the application fills do.
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    new QGuiApplication(*argc, *argv);
+    new QApplication(*argc, *argv);
     static const QTemporaryDir* defaults = new QTemporaryDir;
     qly::UserDefaults::useIsolatedStorage(defaults->path());
     return 0;

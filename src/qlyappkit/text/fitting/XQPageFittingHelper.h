@@ -3,6 +3,8 @@
 // out in a text view the size of the page less its margins; it fits when layout of that one container
 // reaches the end of the text. A leading form feed (alone or after one newline) and a trailing one
 // are ignored; any other form feed ends the page, so such a text does not fit. Made per question.
+// The text view is a widget: the process needs a QApplication (the extended RTF writer asks this
+// helper for single-page sections).
 #include <QSizeF>
 #include <memory>
 
