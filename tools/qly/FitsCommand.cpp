@@ -2,7 +2,6 @@
 // sets it.
 #include <qlyappkit/text/fitting/XQPageFittingHelper.h>
 
-#include <QFileInfo>
 #include <cmath>
 #include <vector>
 
@@ -38,35 +37,6 @@ bool parseNumbers(const QString& text, QChar separator, int count, std::vector<d
         numbers.push_back(n);
     }
     return true;
-}
-
-const DocumentFormatHandler* readerFor(const CommandLine& line, const QString& path)
-{
-    QStringList readable;
-    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-        if (handler.read)
-            readable.append(handler.names.constFirst());
-    }
-    const QString known = readable.join(QStringLiteral(", "));
-    if (line.isSet(FromOption)) {
-        for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-            if (handler.read && handler.names.contains(line.value(FromOption), Qt::CaseInsensitive))
-                return &handler;
-        }
-        line.usageError(QStringLiteral("cannot read format '%1' (known: %2)").arg(line.value(FromOption), known));
-        return nullptr;
-    }
-    if (path == StandardStreamName) {
-        line.usageError(QStringLiteral("standard input needs --from"));
-        return nullptr;
-    }
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
-        if (handler.read && !suffix.isEmpty() && handler.extensions.contains(suffix))
-            return &handler;
-    }
-    line.usageError(QStringLiteral("%1: unknown format (name it with --from; known: %2)").arg(path, known));
-    return nullptr;
 }
 
 } // namespace
@@ -111,7 +81,7 @@ int runFits(const QStringList& args)
         return line.usageError(QStringLiteral("the margins leave no room on the page"));
 
     const QString input = line.arguments().constFirst();
-    const DocumentFormatHandler* reader = readerFor(line, input);
+    const DocumentFormatHandler* reader = readingFormatHandler(line, input);
     if (!reader)
         return ExitUsage;
     QByteArray bytes;

@@ -60,28 +60,6 @@ bool parseNumbers(const QString& text, QChar separator, int count, std::vector<d
     return true;
 }
 
-const DocumentFormatHandler* readerFor(const CommandLine& line, const QString& path)
-{
-    if (line.isSet(FromOption)) {
-        const DocumentFormatHandler* handler = documentFormatHandlerNamed(line.value(FromOption));
-        if (!handler || !handler->read)
-            line.usageError(QStringLiteral("cannot read format '%1' (known: %2)")
-                                .arg(line.value(FromOption), documentFormatHandlerNames(true)));
-        return handler && handler->read ? handler : nullptr;
-    }
-    if (path == StandardStreamName) {
-        line.usageError(QStringLiteral("standard input needs --from"));
-        return nullptr;
-    }
-    const DocumentFormatHandler* handler = documentFormatHandlerForPath(path);
-    if (!handler || !handler->read) {
-        line.usageError(QStringLiteral("%1: unknown format (name it with --from; known: %2)")
-                            .arg(path, documentFormatHandlerNames(true)));
-        return nullptr;
-    }
-    return handler;
-}
-
 // A header or footer in the running-head face, aligned as given.
 AttributedString headerText(const QString& text, TextAlignment alignment)
 {
@@ -200,7 +178,7 @@ int runPages(const QStringList& args)
     }
 
     const QString input = line.arguments().constFirst();
-    const DocumentFormatHandler* reader = readerFor(line, input);
+    const DocumentFormatHandler* reader = readingFormatHandler(line, input);
     if (!reader)
         return ExitUsage;
     QByteArray bytes;

@@ -7,9 +7,8 @@ namespace qly::tool {
 const std::vector<DocumentFormatHandler>& documentFormatHandlers()
 {
     static const std::vector<DocumentFormatHandler> handlers{
-        plainTextFormatHandler(), rtfFormatHandler(),           wordRTFFormatHandler(),
-        markdownFormatHandler(),  multiMarkdownFormatHandler(), screenplayFormatHandler(),
-        packageRTFFormatHandler(),
+        plainTextFormatHandler(),     rtfFormatHandler(),        wordRTFFormatHandler(),    markdownFormatHandler(),
+        multiMarkdownFormatHandler(), screenplayFormatHandler(), packageRTFFormatHandler(),
         htmlFormatHandler(), // written only
     };
     return handlers;
@@ -42,6 +41,29 @@ QString documentFormatHandlerNames(bool readable)
             names.append(handler.names.constFirst());
     }
     return names.join(QStringLiteral(", "));
+}
+
+const DocumentFormatHandler* readingFormatHandler(const CommandLine& line, const QString& path)
+{
+    const QString fromOption = QStringLiteral("from");
+    if (line.isSet(fromOption)) {
+        const DocumentFormatHandler* handler = documentFormatHandlerNamed(line.value(fromOption));
+        if (!handler || !handler->read)
+            line.usageError(QStringLiteral("cannot read format '%1' (known: %2)")
+                                .arg(line.value(fromOption), documentFormatHandlerNames(true)));
+        return handler && handler->read ? handler : nullptr;
+    }
+    if (path == StandardStreamName) {
+        line.usageError(QStringLiteral("standard input needs --from"));
+        return nullptr;
+    }
+    const DocumentFormatHandler* handler = documentFormatHandlerForPath(path);
+    if (!handler || !handler->read) {
+        line.usageError(QStringLiteral("%1: unknown format (name it with --from; known: %2)")
+                            .arg(path, documentFormatHandlerNames(true)));
+        return nullptr;
+    }
+    return handler;
 }
 
 void printWarnings(const QString& inputPath, const QStringList& warnings)

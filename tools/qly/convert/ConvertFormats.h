@@ -81,6 +81,9 @@ const DocumentFormatHandler* documentFormatHandlerNamed(const QString& name);
 const DocumentFormatHandler* documentFormatHandlerForPath(const QString& path);
 /// The first names of the formats that can be read (or, readable false, written), for messages.
 QString documentFormatHandlerNames(bool readable);
+/// The handler that reads path: the one --from names, else the one its extension chooses. Null, after
+/// a usage message, when none can (standard input always needs --from).
+const DocumentFormatHandler* readingFormatHandler(const CommandLine& line, const QString& path);
 
 /// Prints the warnings of a conversion step, each naming the input.
 void printWarnings(const QString& inputPath, const QStringList& warnings);
