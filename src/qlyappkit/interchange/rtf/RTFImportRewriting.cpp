@@ -163,7 +163,8 @@ private:
                 group->endnote = true;
             return;
         }
-        if (m_alternativeDepth > 0)
+        // The document's own group is never a note or a picture, whatever control words stray into it.
+        if (m_alternativeDepth > 0 || m_stack.size() == 1)
             return;
         if (name == u"footnote" || name == u"annotation") {
             group->kind = name == u"footnote" ? GroupKind::Footnote : GroupKind::Annotation;
