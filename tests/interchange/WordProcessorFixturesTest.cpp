@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 
 #include "support/OfficeCensus.h"
 #include "support/TestFiles.h"
@@ -115,6 +116,28 @@ TEST(WordProcessorFixtures, OfficeSuiteReadsTheExpectationsBackFromEachRTF)
         EXPECT_EQ(censuses[i].source, files[i]);
         expectMatches(censuses[i], expectations(names[i]), names[i] + QStringLiteral(".rtf"));
     }
+}
+
+// The census reads other formats the same way: the sources saved as DOCX by the suite hold the same.
+TEST(OfficeCensus, ReadsDocxAsTheSuiteSavesIt)
+{
+    const QStringList names = fixtureNames();
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    QStringList sources;
+    for (const QString& name : names)
+        sources.append(Fixtures + QLatin1Char('/') + name + QStringLiteral(".fodt"));
+    ASSERT_TRUE(convertWithOfficeSuite(folder.path(), sources, QStringLiteral("docx")))
+        << "soffice is missing or failed: run scripts/bootstrap";
+    QStringList files;
+    for (const QString& name : names)
+        files.append(folder.filePath(name + QStringLiteral(".docx")));
+    QString error;
+    const QList<DocumentCensus> censuses = officeCensus(files, &error);
+    ASSERT_TRUE(error.isEmpty()) << error.toStdString();
+    ASSERT_EQ(censuses.size(), names.size());
+    for (qsizetype i = 0; i < names.size(); ++i)
+        expectMatches(censuses[i], expectations(names[i]), names[i] + QStringLiteral(".docx"));
 }
 
 TEST(OfficeCensus, LengthsInPoints)
