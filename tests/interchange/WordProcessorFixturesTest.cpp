@@ -183,11 +183,14 @@ TEST(OfficeCensus, ReadsTheEdgesOfFlatODF)
   <text:p>a<text:note text:note-class="endnote"><text:note-body>
      <text:p>Note with <text:s/>space</text:p>
    </text:note-body></text:note><draw:frame text:anchor-type="paragraph" svg:width="1cm" svg:height="2mm"><draw:image xlink:href="Pictures/x.jpg"/></draw:frame><draw:frame text:anchor-type="as-char"><draw:text-box><text:p>frame text</text:p></draw:text-box></draw:frame>b</text:p>
+  <text:p>z<text:s text:c="2147483647"/></text:p>
  </office:text></office:body>
 </office:document>)";
     const DocumentCensus census = censusOfFlatODFData(xml);
     ASSERT_TRUE(census.error.isEmpty()) << census.error.toStdString();
-    EXPECT_EQ(census.bodyText, QStringLiteral("Runs of spaces   kept\ttab\nbreak\nxy\ncell one two\nab\n"));
+    EXPECT_EQ(census.bodyText,
+              QStringLiteral("Runs of spaces   kept\ttab\nbreak\nxy\ncell one two\nab\nz")
+                  + QString(4096, QLatin1Char(' ')) + QStringLiteral("\n"));
     EXPECT_EQ(census.endnotes, QStringList{QStringLiteral("Note with  space")});
     EXPECT_TRUE(census.footnotes.isEmpty());
     ASSERT_EQ(census.comments.size(), 1);

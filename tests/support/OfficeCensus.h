@@ -135,7 +135,6 @@ public:
         if (m_depth > 0 && --m_depth == 0)
             text.append(QLatin1Char('\n'));
     }
-    bool inParagraph() const { return m_depth > 0; }
     void addCharacterData(const char* data)
     {
         if (m_depth == 0)
@@ -182,7 +181,8 @@ inline bool enterCommon(TextCollector& collector, pugi::xml_node node, bool& des
         return true;
     }
     if (named(node, "text:s")) {
-        collector.addLiteral(QString(qMax(1, node.attribute("text:c").as_int(1)), QLatin1Char(' ')));
+        // A count from outside is bounded, so that a broken file cannot ask for gigabytes of spaces.
+        collector.addLiteral(QString(qBound(1, node.attribute("text:c").as_int(1), 4096), QLatin1Char(' ')));
         return true;
     }
     if (named(node, "text:tab")) {
