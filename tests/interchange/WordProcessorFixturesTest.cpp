@@ -12,39 +12,11 @@
 
 #include "support/OfficeCensus.h"
 #include "support/TestFiles.h"
+#include "support/WordProcessorFixtures.h"
 
 using namespace qly::testsupport;
 
 namespace {
-
-const QString Fixtures = QStringLiteral(QLY_SOURCE_DIR "/tests/fixtures/word-processor-rtf");
-
-/// The fixtures' names (NAME of NAME.rtf), sorted.
-QStringList fixtureNames()
-{
-    QStringList names;
-    for (const QString& file : QDir(Fixtures).entryList({QStringLiteral("*.rtf")}, QDir::Files, QDir::Name))
-        names.append(QFileInfo(file).completeBaseName());
-    return names;
-}
-
-QJsonObject expectations(const QString& name)
-{
-    const QByteArray json =
-        qly::testfiles::readFileBytes(Fixtures + QLatin1Char('/') + name + QStringLiteral(".expected.json"));
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
-    EXPECT_EQ(error.error, QJsonParseError::NoError) << name.toStdString() << ": " << error.errorString().toStdString();
-    return document.object();
-}
-
-QStringList strings(const QJsonValue& value)
-{
-    QStringList list;
-    for (const QJsonValue& item : value.toArray())
-        list.append(item.toString());
-    return list;
-}
 
 /// Checks a census against a fixture's expectations, naming the fixture and the item that differs.
 void expectMatches(const DocumentCensus& census, const QJsonObject& expected, const QString& what)
@@ -87,7 +59,7 @@ TEST(WordProcessorFixtures, EveryFixtureHasItsSourceAndExpectations)
               (QStringList{QStringLiteral("comments"), QStringLiteral("mixed"), QStringLiteral("notes"),
                            QStringLiteral("pictures")}));
     for (const QString& name : names) {
-        EXPECT_TRUE(QFileInfo::exists(Fixtures + QLatin1Char('/') + name + QStringLiteral(".fodt")))
+        EXPECT_TRUE(QFileInfo::exists(WordProcessorFixtureFolder + QLatin1Char('/') + name + QStringLiteral(".fodt")))
             << name.toStdString();
         EXPECT_FALSE(expectations(name).isEmpty()) << name.toStdString();
     }
@@ -97,8 +69,8 @@ TEST(WordProcessorFixtures, EveryFixtureHasItsSourceAndExpectations)
 TEST(WordProcessorFixtures, SourcesHoldTheExpectations)
 {
     for (const QString& name : fixtureNames())
-        expectMatches(censusOfFlatODF(Fixtures + QLatin1Char('/') + name + QStringLiteral(".fodt")), expectations(name),
-                      name + QStringLiteral(".fodt"));
+        expectMatches(censusOfFlatODF(WordProcessorFixtureFolder + QLatin1Char('/') + name + QStringLiteral(".fodt")),
+                      expectations(name), name + QStringLiteral(".fodt"));
 }
 
 // What the office suite reads back from the RTF it wrote: one call of the suite for all fixtures.
@@ -107,7 +79,7 @@ TEST(WordProcessorFixtures, OfficeSuiteReadsTheExpectationsBackFromEachRTF)
     const QStringList names = fixtureNames();
     QStringList files;
     for (const QString& name : names)
-        files.append(Fixtures + QLatin1Char('/') + name + QStringLiteral(".rtf"));
+        files.append(WordProcessorFixtureFolder + QLatin1Char('/') + name + QStringLiteral(".rtf"));
     QString error;
     const QList<DocumentCensus> censuses = officeCensus(files, &error);
     ASSERT_TRUE(error.isEmpty()) << error.toStdString();
@@ -126,7 +98,7 @@ TEST(OfficeCensus, ReadsDocxAsTheSuiteSavesIt)
     ASSERT_TRUE(folder.isValid());
     QStringList sources;
     for (const QString& name : names)
-        sources.append(Fixtures + QLatin1Char('/') + name + QStringLiteral(".fodt"));
+        sources.append(WordProcessorFixtureFolder + QLatin1Char('/') + name + QStringLiteral(".fodt"));
     ASSERT_TRUE(convertWithOfficeSuite(folder.path(), sources, QStringLiteral("docx")))
         << "soffice is missing or failed: run scripts/bootstrap";
     QStringList files;
@@ -204,7 +176,7 @@ TEST(OfficeCensus, ReadsTheEdgesOfFlatODF)
 
     EXPECT_FALSE(censusOfFlatODFData("<office:document><office:body/>").error.isEmpty());
     EXPECT_FALSE(censusOfFlatODFData("<other/>").error.isEmpty());
-    EXPECT_FALSE(censusOfFlatODF(Fixtures + QStringLiteral("/missing.fodt")).error.isEmpty());
+    EXPECT_FALSE(censusOfFlatODF(WordProcessorFixtureFolder + QStringLiteral("/missing.fodt")).error.isEmpty());
 }
 
 } // namespace

@@ -126,15 +126,14 @@ std::optional<std::vector<RangedComment>> pairedByIds(const std::vector<Marker>&
     return comments;
 }
 
-// The separators the reader put between annotations that follow each other.
-std::vector<Range> annotationSeparators(const QString& s, const std::vector<Range>& annotations)
+// The separators the reader put between annotations that follow each other (an annotation that read
+// as empty leaves its separator beside one run only).
+std::vector<Range> annotationSeparators(const QString& s)
 {
     std::vector<Range> separators;
-    for (size_t i = 1; i < annotations.size(); ++i) {
-        const qsizetype at = annotations[i - 1].end();
-        if (annotations[i].location == at + 1 && s.at(at) == QChar(XQRTFImportAnnotationSeparator))
-            separators.push_back(Range{at, 1});
-    }
+    for (qsizetype at = s.indexOf(QChar(XQRTFImportAnnotationSeparator)); at >= 0;
+         at = s.indexOf(QChar(XQRTFImportAnnotationSeparator), at + 1))
+        separators.push_back(Range{at, 1});
     return separators;
 }
 
@@ -183,7 +182,7 @@ void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)
                                                            annotations.push_back(run);
                                                        return true;
                                                    });
-        const std::vector<Range> separators = annotationSeparators(s, annotations);
+        const std::vector<Range> separators = annotationSeparators(s);
         std::optional<std::vector<RangedComment>> comments;
         if (ids && !markers.empty())
             comments = pairedByIds(markers, annotations, *ids);

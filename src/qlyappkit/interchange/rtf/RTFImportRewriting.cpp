@@ -27,6 +27,7 @@ enum class GroupKind {
     AlternativePicture,
     ShapePicture,
     Object,
+    Shape,
     Picture,
     PictureFileName,
 };
@@ -183,6 +184,8 @@ private:
             group->kind = GroupKind::ShapePicture;
         } else if (name == u"object") {
             group->kind = GroupKind::Object;
+        } else if (name == u"shp") {
+            group->kind = GroupKind::Shape;
         } else if (name == u"pict" && !m_picture) {
             group->kind = GroupKind::Picture;
             m_picture = OpenPicture();
@@ -277,6 +280,7 @@ private:
             break;
         case GroupKind::ShapePicture:
         case GroupKind::Object:
+        case GroupKind::Shape:
             if (!g.pictures.isEmpty())
                 m_edits.push_back({g.open, close + 1 - g.open, placeholders(g.pictures)});
             break;
@@ -318,10 +322,13 @@ private:
         picture.data = std::move(*data);
         m_out.pictures.push_back(std::move(picture));
 
-        // The picture stands for the shape group around it (or the object group) when there is one.
+        // The picture stands for the picture-shape group around it, or the object group; a picture
+        // anchored to its paragraph is a drawing shape ("\shp"), whose groups the platform reader skips.
         Group* widened = nearestEnclosing(GroupKind::ShapePicture);
         if (!widened)
             widened = nearestEnclosing(GroupKind::Object);
+        if (!widened)
+            widened = nearestEnclosing(GroupKind::Shape);
         if (widened)
             widened->pictures.append(number);
         else
