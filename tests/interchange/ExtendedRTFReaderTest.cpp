@@ -102,6 +102,9 @@ TEST(ExtendedRTFReader, FootnotesAndEndnotesBecomeNotesOfTheirText)
     ASSERT_EQ(notes.size(), 2u);
     EXPECT_TRUE(notes[0].footnote && notes[1].footnote);
     EXPECT_EQ(notes[0].text, QStringLiteral("A note on the sea."));
+    // Anchored on the word the mark follows.
+    EXPECT_EQ(notes[0].anchor, QStringLiteral("sea"));
+    EXPECT_EQ(notes[1].anchor, QStringLiteral("lighthouse"));
     EXPECT_EQ(notes[1].text, QStringLiteral("An endnote."));
     EXPECT_TRUE(runsOf(margin, XQFootnoteAttributeName).empty());
 

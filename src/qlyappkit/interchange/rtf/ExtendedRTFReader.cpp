@@ -145,8 +145,16 @@ std::optional<AttributedString> attributedStringFromExtendedRTF(const QByteArray
     } else if (rewritten.annotationRefs.size() > 1) {
         replaceAnnotationSeparators(text);
     }
-    if (!options.footnotesInline)
-        convertInlineFootnotesToMarginFootnotesWithMarker(text, RTFAttributes.value(XQRTFFootnoteMarker).toString());
+    if (!options.footnotesInline) {
+        const QString marker = RTFAttributes.value(XQRTFFootnoteMarker).toString();
+        // A word processor's reference mark follows the word it refers to: without a marker the
+        // footnote is anchored there, not on the next word (which would move every note at a
+        // sentence's end into the next sentence).
+        if (marker.isEmpty())
+            convertInlineFootnotesToMarginFootnotes(text, InlineNoteAnchor::PrecedingWord);
+        else
+            convertInlineFootnotesToMarginFootnotesWithMarker(text, marker);
+    }
 
     // The text has no kind of note for endnotes; a document whose notes are all endnotes keeps them so
     // through the export options.
