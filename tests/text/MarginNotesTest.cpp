@@ -202,3 +202,40 @@ TEST(MarginNotes, FootnotesMoveBetweenMarkerAnchorsAndInlineText)
     EXPECT_EQ(coverage(plain.attributedString(), XQCommentAttributeName), "-----####");
     EXPECT_TRUE(commentAt(plain, 5)->isFootnote());
 }
+
+TEST(MarginNotes, FootnotesCanTakeTheWordTheyFollow)
+{
+    struct Case {
+        const char* name;
+        AttributedString text;
+        const char* coverage; ///< the anchor of the footnote once it is linked
+    };
+    const XQCommentPtr remark = comment(QStringLiteral("A remark"), false);
+    const Case cases[] = {
+        {"after a word",
+         build(
+             {{QStringLiteral("Calm sea"), {}}, {QStringLiteral(" Note."), footnote()}, {QStringLiteral(" then"), {}}}),
+         "-----###-----"},
+        {"after a sentence's end",
+         build({{QStringLiteral("Calm water."), {}},
+                {QStringLiteral(" Note."), footnote()},
+                {QStringLiteral(" She"), {}}}),
+         "-----#####-----"},
+        {"after a word with a comment: the next free word",
+         build({{QStringLiteral("Calm "), {}},
+                {QStringLiteral("sea"), withComment(remark)},
+                {QStringLiteral(" Note."), footnote()},
+                {QStringLiteral(" then"), {}}}),
+         "-----###-####"},
+        {"at the start: the next word",
+         build({{QStringLiteral("Note."), footnote()}, {QStringLiteral("Start here"), {}}}), "#####-----"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        MutableAttributedString text(c.text);
+        convertInlineFootnotesToMarginFootnotes(text, InlineNoteAnchor::PrecedingWord);
+        EXPECT_EQ(coverage(text.attributedString(), XQCommentAttributeName), QString::fromLatin1(c.coverage))
+            << text.string().toStdString();
+        EXPECT_FALSE(coverage(text.attributedString(), XQFootnoteAttributeName).contains(u'#'));
+    }
+}

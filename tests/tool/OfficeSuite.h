@@ -1,40 +1,17 @@
 #pragma once
-// Opens files in the headless office suite as a writer would, and reads what it made of them. One
-// call converts many files (starting the suite is the slow part); each run has a private profile so
-// that parallel test programs do not share one.
-#include <QFileInfo>
+// Opens files in the headless office suite as a writer would (support/OfficeSuite.h), and reads what
+// it made of them.
 #include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QString>
 #include <QStringList>
 
+#include "support/OfficeSuite.h"
+
 namespace qly::tooltest {
 
-/// The office suite's program; empty when it is missing (scripts/bootstrap installs it).
-inline QString officeSuite() { return QStandardPaths::findExecutable(QStringLiteral("soffice")); }
-
-/// Converts every file to format ("docx", "pdf") into folder, in one call. True when each output exists.
-inline bool convertWithOfficeSuite(const QString& folder, const QStringList& files, const QString& format)
-{
-    QStringList args{QStringLiteral("-env:UserInstallation=file://") + folder + QStringLiteral("/office-profile"),
-                     QStringLiteral("--headless"),
-                     QStringLiteral("--convert-to"),
-                     format,
-                     QStringLiteral("--outdir"),
-                     folder};
-    args.append(files);
-    QProcess process;
-    process.start(officeSuite(), args);
-    if (!process.waitForFinished(240000))
-        return false;
-    for (const QString& file : files) {
-        if (!QFileInfo::exists(folder + QLatin1Char('/') + QFileInfo(file).completeBaseName() + QLatin1Char('.')
-                               + format))
-            return false;
-    }
-    return true;
-}
+using qly::testsupport::convertWithOfficeSuite;
+using qly::testsupport::officeSuite;
 
 /// The output of a program run to its end; empty when it failed.
 inline QString programOutput(const QString& program, const QStringList& args)

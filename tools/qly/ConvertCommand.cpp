@@ -138,6 +138,9 @@ int runConvert(const QStringList& args)
         : chosenHandler(line, ToOption, output);
     if (!target)
         return ExitUsage;
+    if (!line.isSet(ToOption) && !source->storedFormat.isEmpty()
+        && target == documentFormatHandlerNamed(QStringLiteral("rtf")))
+        target = documentFormatHandlerNamed(source->storedFormat);
     // An option of a format that takes no part is refused rather than silently ignored.
     for (const DocumentFormatHandler& handler : documentFormatHandlers()) {
         if (&handler == source || &handler == target)

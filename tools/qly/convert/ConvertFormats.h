@@ -58,6 +58,9 @@ struct DocumentFormatHandler {
     /// The writer may make a folder at the output path itself (a page with its pictures): a folder
     /// already there is its own earlier output, not a folder to write pieces into.
     bool writesFolderAtPath = false;
+    /// A format read into the stored form: an output whose extension alone would choose plain RTF is
+    /// written in this format instead (word-processor RTF imports as the application stores text).
+    QString storedFormat;
 };
 
 /// Every format, in the order help lists them.

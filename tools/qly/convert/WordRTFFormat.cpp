@@ -1,6 +1,8 @@
-// RTF for word processors, from a stored text (notes as tags, comments in a side file).
+// RTF for word processors: written from a stored text (notes as tags, comments in a side file), and
+// imported into one.
 #include <qlyappkit/interchange/export/StoredText.h>
 #include <qlyappkit/interchange/export/WordRTFExport.h>
+#include <qlyappkit/interchange/export/WordRTFImport.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 
 #include <QDir>
@@ -19,6 +21,8 @@ const QString PaperOption = QStringLiteral("paper");
 const QString MarginsOption = QStringLiteral("margins");
 const QString AuthorOption = QStringLiteral("author");
 const QString AnnotationsAsFootnotesOption = QStringLiteral("annotations-as-footnotes");
+const QString CommentsInlineOption = QStringLiteral("comments-inline");
+const QString FootnotesInlineOption = QStringLiteral("footnotes-inline");
 
 bool parseNumbers(const QString& text, QChar separator, int count, std::vector<double>& numbers)
 {
@@ -83,6 +87,32 @@ DocumentFormatHandler wordRTFFormatHandler()
         {MarginsOption, QStringLiteral("word-rtf: the page margins in points."), QStringLiteral("L,R,T,B")},
         {AuthorOption, QStringLiteral("word-rtf: the author of the comments."), QStringLiteral("NAME")},
         {AnnotationsAsFootnotesOption, QStringLiteral("word-rtf: writes inline annotations as footnotes.")},
+        {CommentsInlineOption, QStringLiteral("word-rtf input: keeps comments as inline annotations.")},
+        {FootnotesInlineOption, QStringLiteral("word-rtf input: keeps footnotes inline.")},
+    };
+    handler.storedFormat = QStringLiteral("package-rtf");
+    handler.read = [](const QByteArray& bytes, const QString& inputPath,
+                      const CommandLine& line) -> std::optional<ConvertDocument> {
+        ExtendedRTFImportOptions options;
+        options.commentsInline = line.isSet(CommentsInlineOption);
+        options.footnotesInline = line.isSet(FootnotesInlineOption);
+        Error error;
+        QStringList warnings;
+        std::optional<WordRTFImport> imported = importWordRTF(bytes, options, &error, &warnings);
+        printWarnings(inputPath, warnings);
+        if (!imported) {
+            printError(QStringLiteral("%1: %2").arg(inputPath, error.localizedDescription));
+            return std::nullopt;
+        }
+        const ExtendedRTFImportReport& r = imported->report;
+        // What arrived, on standard error: the output may be standard output.
+        printError(QStringLiteral("%1: imported %2 footnotes, %3 endnotes, %4 comments, %5 pictures")
+                       .arg(inputPath)
+                       .arg(r.footnotes)
+                       .arg(r.endnotes)
+                       .arg(r.annotations)
+                       .arg(r.pictures));
+        return ConvertDocument{std::move(imported->text), std::move(imported->documentAttributes), inputPath};
     };
     handler.write = [](const ConvertDocument& document, const QString& outputPath, const CommandLine& line) {
         WordRTFExportSettings settings;

@@ -118,7 +118,29 @@ void linkedToInline(MutableAttributedString& text, Range range, bool footnotes, 
 
 // Inline notes to linked ones, front to back: each note's characters go, and its comment is anchored
 // where it stood. `shift` carries the change in length so far into the positions read beforehand.
-void inlineToLinked(MutableAttributedString& text, Range range, bool footnotes, const QString& marker)
+bool carriesNote(const AttributedString& text, Range range);
+
+// The word a note mark right after it refers to: the word ending at index, across the punctuation
+// between them ("water.¹"), when it holds no note. Not found otherwise.
+Range wordBeforeIndex(const AttributedString& text, qsizetype index)
+{
+    constexpr int LongestPunctuationRun = 3;
+    qsizetype i = index - 1;
+    for (int skipped = 0; i >= 0 && skipped < LongestPunctuationRun; --i, ++skipped) {
+        const QChar c = text.characterAt(i);
+        if (c.isLetterOrNumber() || c.isSpace())
+            break;
+    }
+    if (i < 0 || !text.characterAt(i).isLetterOrNumber())
+        return Range::notFound();
+    const Range word = notes::trimmedRange(text, text.doubleClickAtIndex(i));
+    if (word.isEmpty() || !containsAlphanumeric(text.substring(word)) || carriesNote(text, word))
+        return Range::notFound();
+    return word;
+}
+
+void inlineToLinked(MutableAttributedString& text, Range range, bool footnotes, const QString& marker,
+                    InlineNoteAnchor anchorRule = InlineNoteAnchor::FollowingWord)
 {
     EditingBatch batch(text);
     MirroredText mirror(text);
@@ -148,8 +170,12 @@ void inlineToLinked(MutableAttributedString& text, Range range, bool footnotes, 
         shift -= current.length;
 
         Range anchor = Range::notFound();
-        if (!(footnotes && !marker.isEmpty()))
-            anchor = attributeRangeForCommentToBePlacedAtIndex(mirror.copy(), current.location);
+        if (!(footnotes && !marker.isEmpty())) {
+            if (anchorRule == InlineNoteAnchor::PrecedingWord)
+                anchor = wordBeforeIndex(mirror.copy(), current.location);
+            if (anchor.isNotFound())
+                anchor = attributeRangeForCommentToBePlacedAtIndex(mirror.copy(), current.location);
+        }
         if (anchor.isNotFound()) {
             // The anchor text is inserted: the marker for a footnote, else the fallback words.
             const QString anchorText = footnotes && !marker.isEmpty() ? marker : localized(FallbackAnchorText);
@@ -237,6 +263,11 @@ void convertInlineFootnotesToMarginFootnotesWithMarker(MutableAttributedString& 
 void convertInlineFootnotesToMarginFootnotesInRange(MutableAttributedString& text, Range range, const QString& marker)
 {
     inlineToLinked(text, range, true, marker);
+}
+
+void convertInlineFootnotesToMarginFootnotes(MutableAttributedString& text, InlineNoteAnchor anchor)
+{
+    inlineToLinked(text, Range{0, text.length()}, true, QString(), anchor);
 }
 
 } // namespace qly

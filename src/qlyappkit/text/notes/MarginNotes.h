@@ -33,6 +33,14 @@ void convertMarginFootnotesToInlineFootnotesInRange(MutableAttributedString& tex
 void convertInlineFootnotesToMarginFootnotesWithMarker(MutableAttributedString& text, const QString& marker);
 void convertInlineFootnotesToMarginFootnotesInRange(MutableAttributedString& text, Range range, const QString& marker);
 
+/// Which word an inline note becomes anchored on when no marker takes its place.
+enum class InlineNoteAnchor {
+    FollowingWord, ///< the word where the note stood, or the next free one
+    PrecedingWord, ///< the word the note follows (as word processors place reference marks), else as above
+};
+/// Every inline footnote becomes a linked footnote of its trimmed text, anchored by the rule given.
+void convertInlineFootnotesToMarginFootnotes(MutableAttributedString& text, InlineNoteAnchor anchor);
+
 /// Where a comment made at index should be anchored: the word there (as a double click selects it,
 /// trimmed, holding a letter or digit) if no comment, annotation or footnote lies on it, else the next
 /// such word after it. Not found when there is none.
