@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 using namespace qly;
@@ -76,12 +77,32 @@ TEST(ContainedPaths, NamesFromDocumentsStayInTheirFolder)
     EXPECT_EQ(pathInsideFolder(folder, QStringLiteral("new/a.png")), base + QStringLiteral("/new/a.png"));
 
     for (const QString& name :
-         {QStringLiteral(""), QStringLiteral("/etc/passwd"), QStringLiteral("../secret.txt"),
-          QStringLiteral("../../x"), QStringLiteral("images/../../secret.txt"), QStringLiteral(".."),
-          QStringLiteral("."), QStringLiteral("~/x"), QStringLiteral("C:/x"), QStringLiteral("out.png"),
-          QStringLiteral("dangling.png"), QStringLiteral("up/secret.txt"), QStringLiteral("up/new.png")}) {
+         {QStringLiteral(""), QStringLiteral("/etc/passwd"), QStringLiteral("../secret.txt"), QStringLiteral("../../x"),
+          QStringLiteral("images/../../secret.txt"), QStringLiteral(".."), QStringLiteral("."), QStringLiteral("~/x"),
+          QStringLiteral("C:/x"), QStringLiteral("out.png"), QStringLiteral("dangling.png"),
+          QStringLiteral("up/secret.txt"), QStringLiteral("up/new.png")}) {
         QString problem;
         EXPECT_EQ(pathInsideFolder(folder, name, &problem), std::nullopt) << name.toStdString();
         EXPECT_FALSE(problem.isEmpty()) << name.toStdString();
     }
+}
+
+TEST(AtomicFile, StagedFolderFilesAreCreatedNewAndFlushedTogether)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("picture.png"));
+    ASSERT_TRUE(writeNewFileInStagedFolder(path, "first bytes"));
+    EXPECT_EQ(readFileBytes(path), QByteArray("first bytes"));
+    // An existing file is never overwritten: the name was expected to be free.
+    Error error;
+    EXPECT_FALSE(writeNewFileInStagedFolder(path, "other bytes", &error));
+    EXPECT_EQ(error.code, XQFileCannotOpenError);
+    EXPECT_EQ(readFileBytes(path), QByteArray("first bytes"));
+    // Nor is a file made in a folder that does not exist.
+    EXPECT_FALSE(writeNewFileInStagedFolder(dir.filePath(QStringLiteral("missing/x.png")), "x"));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("missing"))));
+
+    EXPECT_TRUE(flushStagedFolder(dir.path()));
+    EXPECT_FALSE(flushStagedFolder(dir.filePath(QStringLiteral("missing"))));
+    EXPECT_FALSE(flushStagedFolder(path)); // a file is not a folder
 }

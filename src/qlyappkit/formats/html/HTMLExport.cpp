@@ -24,6 +24,10 @@ namespace qly {
 
 namespace {
 
+// Set by the folder export on the attributes it passes down: the images folder is its staging folder,
+// written without a flush per file and flushed once before it is moved into place.
+const QString StagedImagesFolderAttribute = QStringLiteral("qly.HTMLStagedImagesFolder");
+
 const QString XMLElementName = QStringLiteral("XML");
 const QString XHTMLTagEnding = QStringLiteral(" /");
 // Characters a relative URL may hold as they are besides letters, digits and "-._~".
@@ -216,7 +220,7 @@ QByteArray HTMLDataFromRange(const AttributedString& text, Range range, const QV
     AttributedString copy = text.attributedSubstring(whole);
     escapeTypedPlaceholders(copy);
     HTMLImageNaming naming(attributes.value(XQHTMLStripWhitespaceFromImageFilenamesAttribute).toBool());
-    HTMLImageFolder folder(imagesFolder);
+    HTMLImageFolder folder(imagesFolder, attributes.value(StagedImagesFolderAttribute).toBool());
     struct Replacement {
         Range range;
         QString text;
@@ -311,8 +315,10 @@ bool writeHTMLToFileAsDirectoryIfNecessary(const AttributedString& text, const Q
         if (!staging.isEmpty() && QDir().mkdir(images)) {
             attributes.insert(XQHTMLImagesFolderDocumentAttribute, images);
             attributes.insert(XQHTMLImagesFolderSubpathDocumentAttribute, imagesName);
+            attributes.insert(StagedImagesFolderAttribute, true);
             Error replaceError;
-            if (writeHTMLToFile(text, staging + QLatin1Char('/') + pageName, attributes, nullptr, nullptr)) {
+            if (writeHTMLToFile(text, staging + QLatin1Char('/') + pageName, attributes, nullptr, nullptr)
+                && flushStagedFolder(staging)) {
                 if (htmlexport::replaceTarget(staging, path, pageName, imagesName, &replaceError))
                     return true;
                 if (replaceError.code == XQHTMLExportTargetInUseError) {
@@ -324,6 +330,7 @@ bool writeHTMLToFileAsDirectoryIfNecessary(const AttributedString& text, const Q
             }
             attributes.remove(XQHTMLImagesFolderDocumentAttribute);
             attributes.remove(XQHTMLImagesFolderSubpathDocumentAttribute);
+            attributes.remove(StagedImagesFolderAttribute);
         }
         if (!staging.isEmpty())
             htmlexport::removeExportFolder(staging, pageName, imagesName);

@@ -97,7 +97,7 @@ std::optional<QString> HTMLImageFolder::store(const QString& fileName, const QBy
             return candidate;
         case Entry::Free: {
             const std::optional<QString> path = pathInsideFolder(m_folder, candidate);
-            if (!path || !writeFileAtomically(*path, bytes))
+            if (!path || !(m_staged ? writeNewFileInStagedFolder(*path, bytes) : writeFileAtomically(*path, bytes)))
                 return std::nullopt;
             m_known.insert(candidate, Known{bytes.size(), bytesHash});
             stored.insert(bytesHash, candidate);

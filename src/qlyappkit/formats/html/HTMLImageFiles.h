@@ -32,7 +32,9 @@ private:
 /// resolved only inside the folder, and an existing symbolic link is never written through or read.
 class HTMLImageFolder {
 public:
-    explicit HTMLImageFolder(const QString& folder) : m_folder(folder) { }
+    /// With staged, the folder is a private one that is moved into place whole: files are created
+    /// without a flush each (see writeNewFileInStagedFolder).
+    explicit HTMLImageFolder(const QString& folder, bool staged = false) : m_folder(folder), m_staged(staged) { }
     /// The file name the bytes are stored under, and in *written whether this call wrote the file;
     /// nothing when they cannot be written.
     std::optional<QString> store(const QString& fileName, const QByteArray& bytes, bool* written);
@@ -43,6 +45,7 @@ private:
     bool sameBytes(const QString& name, const QByteArray& bytes, size_t bytesHash);
 
     QString m_folder;
+    bool m_staged;
     struct Known {
         qint64 size = -1; ///< -1: not a regular file (or not readable)
         size_t hash = 0;

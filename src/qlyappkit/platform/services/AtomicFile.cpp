@@ -2,7 +2,11 @@
 
 #include <qlyappkit/platform/services/Localization.h>
 
+#include <QFile>
 #include <QFileInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace qly {
 
@@ -66,6 +70,33 @@ bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* er
         return false;
     file.write(bytes);
     return file.commit(error);
+}
+
+bool writeNewFileInStagedFolder(const QString& path, const QByteArray& bytes, Error* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        fail(error, XQFileCannotOpenError, path, file.errorString());
+        return false;
+    }
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        fail(error, XQFileCannotWriteError, path, file.errorString());
+        file.close();
+        QFile::remove(path);
+        return false;
+    }
+    return true;
+}
+
+bool flushStagedFolder(const QString& folder)
+{
+    const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    // One flush of the file system for all the folder's files, instead of one per file.
+    const bool flushed = ::syncfs(fd) == 0;
+    ::close(fd);
+    return flushed;
 }
 
 } // namespace qly

@@ -42,4 +42,14 @@ private:
 /// The whole file at once; see AtomicFileWriter.
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, Error* error = nullptr);
 
+// ---- files of a folder that is written aside and moved into place whole
+// Such a folder is private until it is moved, so its files need neither a temporary name nor a flush
+// each: they are created new, and the folder is flushed once before the move.
+
+/// Creates path (which must not exist) holding bytes, without flushing it to disk. False (and *error,
+/// nothing left behind) when it exists already or cannot be written.
+bool writeNewFileInStagedFolder(const QString& path, const QByteArray& bytes, Error* error = nullptr);
+/// Flushes everything written to the file system holding folder; false when that fails.
+bool flushStagedFolder(const QString& folder);
+
 } // namespace qly
