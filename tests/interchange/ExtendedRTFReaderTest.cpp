@@ -2,6 +2,8 @@
 // pictures and their sizes, the import options, and input it must refuse or survive.
 #include <gtest/gtest.h>
 
+#include "support/AttachmentQueries.h"
+
 #include <QBuffer>
 #include <QImage>
 
@@ -15,6 +17,7 @@
 #include <qlyappkit/text/comments/XQComment.h>
 
 using namespace qly;
+using namespace qly::testsupport;
 
 namespace {
 
@@ -61,17 +64,6 @@ std::vector<QString> runsOf(const AttributedString& text, const QString& attribu
         return true;
     });
     return runs;
-}
-
-std::vector<TextAttachment> attachments(const AttributedString& text)
-{
-    std::vector<TextAttachment> found;
-    text.enumerateAttribute(AttachmentAttributeName, Range{0, text.length()}, [&](const QVariant& v, Range) {
-        if (v.isValid())
-            found.push_back(v.value<TextAttachment>());
-        return true;
-    });
-    return found;
 }
 
 AttributedString imported(const QByteArray& rtf, ExtendedRTFImportOptions options = {},
@@ -223,7 +215,7 @@ TEST(ExtendedRTFReader, PicturesArriveAtTheSizeTheyAreShown)
         const AttributedString text = imported(rtf, {}, &report);
         EXPECT_EQ(report.pictures, 1);
         EXPECT_EQ(text.string(), QStringLiteral("See \uFFFC here.\n"));
-        const std::vector<TextAttachment> found = attachments(text);
+        const std::vector<TextAttachment> found = attachmentsIn(text);
         ASSERT_EQ(found.size(), 1u);
         EXPECT_EQ(found[0].fileName(), c.fileName);
         EXPECT_NEAR(found[0].bounds().width(), c.size.width(), 0.01);
@@ -240,7 +232,7 @@ TEST(ExtendedRTFReader, PicturesArriveAtTheSizeTheyAreShown)
     const AttributedString text = imported(rtf, {}, &report);
     EXPECT_EQ(report.pictures, 2);
     EXPECT_EQ(text.string(), QStringLiteral("\uFFFC and  and  and \uFFFC.\n"));
-    const std::vector<TextAttachment> found = attachments(text);
+    const std::vector<TextAttachment> found = attachmentsIn(text);
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].fileName(), QStringLiteral("Image1.png"));
     EXPECT_EQ(found[0].bounds(), QSizeF(10, 20));

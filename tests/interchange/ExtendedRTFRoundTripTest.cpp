@@ -2,6 +2,8 @@
 // their text, footnotes, endnotes, comments on the same ranges and pictures at the same size.
 #include <gtest/gtest.h>
 
+#include "support/AttachmentQueries.h"
+
 #include <QBuffer>
 #include <QImage>
 #include <QRandomGenerator>
@@ -17,6 +19,7 @@
 #include <qlyappkit/text/comments/XQComment.h>
 
 using namespace qly;
+using namespace qly::testsupport;
 
 namespace {
 
@@ -36,17 +39,6 @@ std::vector<Margin> marginNotes(const AttributedString& text)
         return true;
     });
     return notes;
-}
-
-std::vector<TextAttachment> attachments(const AttributedString& text)
-{
-    std::vector<TextAttachment> found;
-    text.enumerateAttribute(AttachmentAttributeName, Range{0, text.length()}, [&](const QVariant& v, Range) {
-        if (v.isValid())
-            found.push_back(v.value<TextAttachment>());
-        return true;
-    });
-    return found;
 }
 
 TextAttachment picture(int number, const char* format)
@@ -148,7 +140,7 @@ TEST(ExtendedRTFRoundTrip, HundredsOfNotesKeepTheirTextsRangesAndPictures)
     EXPECT_EQ(commentsAfter, commentsBefore);
     EXPECT_EQ(footnotesAfter, footnotesBefore);
 
-    const std::vector<TextAttachment> picturesBefore = attachments(stored), picturesAfter = attachments(back);
+    const std::vector<TextAttachment> picturesBefore = attachmentsIn(stored), picturesAfter = attachmentsIn(back);
     ASSERT_EQ(picturesAfter.size(), picturesBefore.size());
     for (size_t i = 0; i < picturesBefore.size(); ++i) {
         SCOPED_TRACE(i);

@@ -3,6 +3,8 @@
 // import exported again and opened in the office suite keeps them all.
 #include <gtest/gtest.h>
 
+#include "support/AttachmentQueries.h"
+
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -54,17 +56,6 @@ std::vector<Comment> marginComments(const AttributedString& text, bool footnotes
         return true;
     });
     return comments;
-}
-
-std::vector<TextAttachment> pictures(const AttributedString& text)
-{
-    std::vector<TextAttachment> found;
-    text.enumerateAttribute(AttachmentAttributeName, Range{0, text.length()}, [&](const QVariant& v, Range) {
-        if (v.isValid())
-            found.push_back(v.value<TextAttachment>());
-        return true;
-    });
-    return found;
 }
 
 // The text of a range without the inline notes inside it.
@@ -142,7 +133,7 @@ TEST(WordProcessorImport, EveryNoteCommentAndPictureArrives)
         }
 
         // Pictures at the size they are shown, reductions only.
-        const std::vector<TextAttachment> found = pictures(imported.text);
+        const std::vector<TextAttachment> found = attachmentsIn(imported.text);
         const QJsonArray expectedPictures = expected[QStringLiteral("pictures")].toArray();
         const std::vector<QSizeF> sizes = expectedPictureSizes(name, expected);
         ASSERT_EQ(qsizetype(found.size()), expectedPictures.size());
