@@ -29,7 +29,8 @@ bool looksLikeRTF(const QByteArray& data)
 }
 
 // Each placeholder the platform read becomes an attachment in the placeholder's attributes.
-void replacePicturePlaceholders(AttributedString& text, const std::vector<rtfimport::ImportedPicture>& pictures)
+void replacePicturePlaceholders(AttributedString& text, const QString& s,
+                                const std::vector<rtfimport::ImportedPicture>& pictures)
 {
     if (pictures.empty())
         return;
@@ -38,7 +39,6 @@ void replacePicturePlaceholders(AttributedString& text, const std::vector<rtfimp
         size_t picture;
     };
     std::vector<Found> found;
-    const QString s = text.string();
     const QString& prefix = XQRTFImportPicturePlaceholderPrefix;
     const QString& suffix = XQRTFImportPicturePlaceholderSuffix;
     for (qsizetype at = s.indexOf(prefix); at >= 0; at = s.indexOf(prefix, at + 1)) {
@@ -131,14 +131,18 @@ std::optional<AttributedString> attributedStringFromExtendedRTF(const QByteArray
     if (!read)
         return std::nullopt;
     rewritten.rtf.clear();
-    replacePicturePlaceholders(*read, rewritten.pictures);
+    const QString readString = read->string();
+    const bool hasNoBreakPeriods = readString.contains(XQImportedFootnotePeriodPrefix);
+    replacePicturePlaceholders(*read, readString, rewritten.pictures);
     if (rewritten.annotationRefs.size() > 1)
         separateAdjacentAnnotations(*read);
 
     MutableAttributedString text(
         attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(*read, true));
     read.reset();
-    deletePeriodsFromStartOfImportedNisusFootnotes(text);
+    // Only one word processor's notes begin so; most texts need not be walked for them.
+    if (hasNoBreakPeriods)
+        deletePeriodsFromStartOfImportedNisusFootnotes(text);
     if (!options.commentsInline) {
         convertInlineAnnotationsToMarginCommentsApplyingRangesUsingImportTags(
             text, CommentRangeIds{rewritten.rangeStartIds, rewritten.rangeEndIds, rewritten.annotationRefs});
