@@ -1,8 +1,9 @@
 // Importing a word processor's RTF: 200k words with 2,000 footnotes, 500 comments with ranges and 20
 // pictures (Arg 1), and the same document four times over (Arg 4), to show that the tag rewrites stay
-// linear. The RTF is our own export of a generated manuscript, which writes notes, comment ranges and
-// pictures the way word processors do. BM_QlyImportProcess runs `qly convert --from word-rtf` on the
-// Arg 1 file and reports the whole process's time and peak memory (measured by time(1)).
+// linear; BM_ExtendedRTFImportScaling fits the growth from 1 to 8 times. The RTF is our own export of a
+// generated manuscript, which writes notes, comment ranges and pictures the way word processors do.
+// BM_QlyImportProcess runs `qly convert --from word-rtf` on the Arg 1 file and reports the whole
+// process's time and peak memory (measured by time(1)).
 #include "BenchSupport.h"
 
 #include <benchmark/benchmark.h>
@@ -112,6 +113,7 @@ void BM_ExtendedRTFImport(benchmark::State& state)
     }
     state.counters["median_ms"] = qly::bench::median(ms);
     state.counters["rtf_bytes"] = double(rtf.size());
+    state.SetComplexityN(state.range(0));
     state.counters["footnotes"] = report.footnotes;
     state.counters["comments"] = report.annotations;
     state.counters["pictures"] = report.pictures;
@@ -153,6 +155,15 @@ void BM_QlyImportProcess(benchmark::State& state)
 } // namespace
 
 BENCHMARK(BM_ExtendedRTFImport)->Arg(1)->Arg(4)->Iterations(5)->Unit(benchmark::kMillisecond);
+// The same at 1, 2, 4 and 8 times the size, with the least-squares fit of time against size: a linear
+// import fits O(N) with a small RMS.
+BENCHMARK(BM_ExtendedRTFImport)
+    ->Name("BM_ExtendedRTFImportScaling")
+    ->RangeMultiplier(2)
+    ->Range(1, 8)
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity(benchmark::oN);
 BENCHMARK(BM_QlyImportProcess)->Iterations(3)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) { return qly::bench::runBenchmarks(argc, argv); }
