@@ -299,3 +299,56 @@ TEST(HTMLImageExport, ImageSearchAndRepresentation)
     EXPECT_FALSE(imageRepresentation(attachment(QStringLiteral("e.png"), QByteArray()), false));
     EXPECT_FALSE(imageRepresentation(TextAttachment(), false));
 }
+
+TEST(HTMLImageExport, ManyPicturesEncodeAsEachAlone)
+{
+    // Pictures encoded together, on several threads, come out as each does alone and in their order:
+    // kept, re-encoded, asked as JPEG, the same attachment twice, unreadable, empty and null ones.
+    const TextAttachment shared =
+        attachment(QStringLiteral("shared.bmp"), encoded(picture(9, 5, Qt::darkGreen), "BMP"));
+    std::vector<TextAttachment> pictures;
+    std::vector<bool> asJPEG;
+    for (int i = 0; i < 24; ++i) {
+        const QImage image = picture(10 + i, 6 + i % 5, QColor::fromHsv(i * 15, 200, 200));
+        switch (i % 6) {
+        case 0:
+            pictures.push_back(attachment(QStringLiteral("a.png"), encoded(image, "PNG")));
+            break;
+        case 1:
+            pictures.push_back(attachment(QStringLiteral("b.bmp"), encoded(image, "BMP")));
+            break;
+        case 2:
+            pictures.push_back(attachment(QStringLiteral("c.tiff"), encoded(image, "TIFF")));
+            break;
+        case 3:
+            pictures.push_back(shared);
+            break;
+        case 4:
+            pictures.push_back(attachment(QStringLiteral("d.png"), QByteArray("not a picture")));
+            break;
+        default:
+            pictures.push_back(i % 12 == 5 ? TextAttachment() : attachment(QStringLiteral("e.png"), QByteArray()));
+            break;
+        }
+        asJPEG.push_back(i % 4 == 1);
+    }
+    pictures[7].setBounds(QSizeF(33, 21));
+    const std::vector<std::optional<ImageRepresentation>> together = imageRepresentations(pictures, asJPEG);
+    ASSERT_EQ(together.size(), pictures.size());
+    int made = 0;
+    for (size_t i = 0; i < pictures.size(); ++i) {
+        SCOPED_TRACE(i);
+        const std::optional<ImageRepresentation> alone = imageRepresentation(pictures[i], asJPEG[i]);
+        ASSERT_EQ(together[i].has_value(), alone.has_value());
+        if (!alone)
+            continue;
+        ++made;
+        EXPECT_EQ(together[i]->pointSize, alone->pointSize);
+        // Encoding is deterministic: the same bytes, whichever thread made them.
+        EXPECT_EQ(together[i]->bytes, alone->bytes);
+        EXPECT_FALSE(QImage::fromData(together[i]->bytes).isNull());
+    }
+    EXPECT_EQ(made, 16);
+    EXPECT_EQ(together[7]->pointSize, QSizeF(33, 21));
+    EXPECT_TRUE(imageRepresentations({}, {}).empty());
+}

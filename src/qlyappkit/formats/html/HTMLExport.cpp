@@ -230,13 +230,26 @@ QByteArray HTMLDataFromRange(const AttributedString& text, Range range, const QV
     QStringList written;
     Range found;
     QString name;
+    // The pictures are found and named in order, encoded all at once (on every core), then stored in order.
+    std::vector<TextAttachment> images;
+    std::vector<bool> asJPEG;
+    std::vector<Range> places;
+    QStringList fileNames;
     for (qsizetype from = 0;; from = found.end()) {
         const TextAttachment image = firstImageInRange(copy, Range{from, copy.length() - from}, &found, &name);
         if (image.isNull())
             break;
         bool isJPEG = false;
-        const QString fileName = naming.fileNameForImage(name, &isJPEG);
-        const std::optional<ImageRepresentation> encoded = imageRepresentation(image, isJPEG);
+        fileNames.append(naming.fileNameForImage(name, &isJPEG));
+        images.push_back(image);
+        asJPEG.push_back(isJPEG);
+        places.push_back(found);
+    }
+    const std::vector<std::optional<ImageRepresentation>> representations = imageRepresentations(images, asJPEG);
+    for (size_t i = 0; i < images.size(); ++i) {
+        found = places[i];
+        const QString& fileName = fileNames.at(qsizetype(i));
+        const std::optional<ImageRepresentation>& encoded = representations[i];
         const std::optional<QSize> size = encoded ? tagSize(encoded->pointSize, columnWidth) : std::nullopt;
         bool isNew = false;
         const std::optional<QString> stored = size ? folder.store(fileName, encoded->bytes, &isNew) : std::nullopt;

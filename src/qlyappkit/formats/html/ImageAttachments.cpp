@@ -7,6 +7,10 @@
 #include <QImageWriter>
 #include <QPainter>
 
+#include <atomic>
+#include <thread>
+#include <vector>
+
 #include <qlyappkit/interchange/rtf/RTFPictures.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 
@@ -87,23 +91,13 @@ TextAttachment firstImageInRange(const AttributedString& text, Range range, Rang
     return found;
 }
 
-std::optional<ImageRepresentation> imageRepresentation(const TextAttachment& attachment, bool asJPEG)
+namespace {
+
+// Bitmap bytes as JPEG or PNG: kept when already so, else decoded and encoded. Touches no shared state,
+// so that pictures can be encoded on several threads at once.
+std::optional<ImageRepresentation> bitmapRepresentation(const QByteArray& bytes, const QSizeF& explicitSize,
+                                                        bool asJPEG)
 {
-    if (attachment.isNull())
-        return std::nullopt;
-    const QByteArray bytes = attachment.contents();
-    if (bytes.isEmpty())
-        return std::nullopt;
-    const QSizeF explicitSize = attachment.hasExplicitBounds() ? attachment.bounds() : QSizeF();
-
-    if (isPDF(attachment, bytes)) {
-        const std::optional<RTFImageRecord> record = RTFImageRecordForAttachment(attachment, PDFResolution);
-        if (!record || record->isJPEG)
-            return std::nullopt;
-        const QSizeF pageSize(record->picwgoal / 20.0, record->pichgoal / 20.0); // twips to points
-        return ImageRepresentation{record->imgData, explicitSize.isEmpty() ? pageSize : explicitSize};
-    }
-
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
@@ -128,6 +122,67 @@ std::optional<ImageRepresentation> imageRepresentation(const TextAttachment& att
     if (!writer.write(source))
         return std::nullopt;
     return ImageRepresentation{encoded, explicitSize.isEmpty() ? QSizeF(image.size()) : explicitSize};
+}
+
+} // namespace
+
+std::optional<ImageRepresentation> imageRepresentation(const TextAttachment& attachment, bool asJPEG)
+{
+    if (attachment.isNull())
+        return std::nullopt;
+    const QByteArray bytes = attachment.contents();
+    if (bytes.isEmpty())
+        return std::nullopt;
+    const QSizeF explicitSize = attachment.hasExplicitBounds() ? attachment.bounds() : QSizeF();
+
+    if (isPDF(attachment, bytes)) {
+        const std::optional<RTFImageRecord> record = RTFImageRecordForAttachment(attachment, PDFResolution);
+        if (!record || record->isJPEG)
+            return std::nullopt;
+        const QSizeF pageSize(record->picwgoal / 20.0, record->pichgoal / 20.0); // twips to points
+        return ImageRepresentation{record->imgData, explicitSize.isEmpty() ? pageSize : explicitSize};
+    }
+
+    return bitmapRepresentation(bytes, explicitSize, asJPEG);
+}
+
+std::vector<std::optional<ImageRepresentation>> imageRepresentations(const std::vector<TextAttachment>& attachments,
+                                                                     const std::vector<bool>& asJPEG)
+{
+    std::vector<std::optional<ImageRepresentation>> results(attachments.size());
+    // The attachments are read here, on this thread (they may load linked files or decode lazily);
+    // the workers see bytes only.
+    struct Work {
+        size_t index;
+        QByteArray bytes;
+        QSizeF explicitSize;
+    };
+    std::vector<Work> work;
+    for (size_t i = 0; i < attachments.size(); ++i) {
+        const TextAttachment& attachment = attachments[i];
+        if (attachment.isNull())
+            continue;
+        const QByteArray bytes = attachment.contents();
+        if (bytes.isEmpty())
+            continue;
+        if (isPDF(attachment, bytes))
+            results[i] = imageRepresentation(attachment, asJPEG[i]); // the PDF library is not for threads
+        else
+            work.push_back({i, bytes, attachment.hasExplicitBounds() ? attachment.bounds() : QSizeF()});
+    }
+    std::atomic<size_t> next{0};
+    const auto worker = [&] {
+        for (size_t k = next++; k < work.size(); k = next++)
+            results[work[k].index] = bitmapRepresentation(work[k].bytes, work[k].explicitSize, asJPEG[work[k].index]);
+    };
+    const size_t threads = std::min<size_t>(work.size(), std::max(1u, std::thread::hardware_concurrency()));
+    std::vector<std::thread> helpers;
+    for (size_t t = 1; t < threads; ++t)
+        helpers.emplace_back(worker);
+    worker();
+    for (std::thread& helper : helpers)
+        helper.join();
+    return results;
 }
 
 } // namespace qly

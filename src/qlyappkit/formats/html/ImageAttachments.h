@@ -5,6 +5,7 @@
 #include <QSizeF>
 #include <QString>
 #include <optional>
+#include <vector>
 
 #include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
@@ -30,5 +31,9 @@ struct ImageRepresentation {
 /// as they are; other pictures are decoded and encoded, a PDF's first page rendered. Nothing when the
 /// picture cannot be read or has no size.
 std::optional<ImageRepresentation> imageRepresentation(const TextAttachment& attachment, bool asJPEG);
+/// The same for many attachments (asJPEG[i] for attachments[i]): pictures that must be encoded are
+/// encoded on all cores at once, PDFs one after another.
+std::vector<std::optional<ImageRepresentation>> imageRepresentations(const std::vector<TextAttachment>& attachments,
+                                                                     const std::vector<bool>& asJPEG);
 
 } // namespace qly
