@@ -63,14 +63,24 @@ QStringList diffToolArguments(const QString& oldPath, const QString& newPath)
 std::optional<QString> createUniqueFile(const QString& folder, const QString& name, const QString& extension,
                                         const SideWriter& write, Error* error)
 {
+    bool retried = false;
     for (int attempt = 0; attempt < MaximumNameAttempts; ++attempt) {
         const QString path = QDir(folder).filePath(
             attempt == 0 ? name + extension : QStringLiteral("%1-%2%3").arg(name).arg(attempt).arg(extension));
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
             const QFileInfo existing(path);
-            if (existing.exists() || existing.isSymLink())
+            if (existing.exists() || existing.isSymLink()) {
+                retried = false;
                 continue; // taken: try the next name
+            }
+            // Another process may have removed its file between the open and the look: try the same
+            // name once more before calling the folder unwritable.
+            if (!retried) {
+                retried = true;
+                --attempt;
+                continue;
+            }
             setFileSaveError(error, XQFileCannotOpenError, path, file.errorString());
             return std::nullopt;
         }
