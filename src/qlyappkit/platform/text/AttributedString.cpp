@@ -83,6 +83,28 @@ void AttributedStringData::rebuildTree()
     invalidate();
 }
 
+void AttributedStringData::rebuildTreeFrom(qsizetype first)
+{
+    const size_t n = leaves.size();
+    if (first <= 0 || size_t(first) > n || tree.size() < size_t(first) + 1) {
+        rebuildTree();
+        return;
+    }
+    // Node i covers leaves [i - lowbit(i), i) (0-based), so nodes up to `first` still hold their sums.
+    const size_t k0 = size_t(first);
+    const qsizetype base = leafStart(first);
+    tree.resize(n + 1);
+    std::vector<qsizetype> prefix(n - k0 + 1); // prefix[m]: length of the leaves before leaf k0 + m
+    prefix[0] = base;
+    for (size_t m = 0; m < n - k0; ++m)
+        prefix[m + 1] = prefix[m] + leaves[k0 + m]->length();
+    const auto before = [&](size_t i) { return i >= k0 ? prefix[i - k0] : leafStart(qsizetype(i)); };
+    for (size_t i = k0 + 1; i <= n; ++i)
+        tree[i] = before(i) - before(i - (i & (~i + 1)));
+    total = prefix[n - k0];
+    invalidate();
+}
+
 void AttributedStringData::treeAdd(qsizetype leafIndex, qsizetype delta)
 {
     const size_t n = leaves.size();
@@ -282,7 +304,7 @@ void AttributedStringData::replaceAcrossLeaves(qsizetype k0, qsizetype k1, Range
     std::vector<LeafPtr> fresh = makeLeaves(combined);
     leaves.erase(leaves.begin() + k0, leaves.begin() + k1 + 1);
     leaves.insert(leaves.begin() + k0, fresh.begin(), fresh.end());
-    rebuildTree();
+    rebuildTreeFrom(k0);
 }
 
 template <typename Fn> void AttributedStringData::modifyAttributes(Range range, Fn fn)

@@ -46,6 +46,9 @@ public:
     AttributedStringData();
 
     void rebuildTree();
+    /// After leaves from index `first` on were replaced (those before it untouched): recomputes the tree
+    /// nodes that cover them only, so that filling the last leaf costs no walk over all the others.
+    void rebuildTreeFrom(qsizetype first);
     void treeAdd(qsizetype leaf, qsizetype delta);
     /// Sum of the lengths of the leaves before `leaf`.
     qsizetype leafStart(qsizetype leaf) const;
