@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <cmath>
 #include <cstdio>
 
 namespace qly::tool {
@@ -59,6 +60,22 @@ void printOut(const QString& text)
 {
     const QByteArray utf8 = text.toUtf8();
     std::fwrite(utf8.constData(), 1, size_t(utf8.size()), stdout);
+}
+
+bool parseNumberList(const QString& text, QChar separator, int count, std::vector<double>& numbers, double maximum)
+{
+    const QStringList parts = text.split(separator);
+    if (parts.size() != count)
+        return false;
+    numbers.clear();
+    for (const QString& part : parts) {
+        bool ok = false;
+        const double n = part.trimmed().toDouble(&ok);
+        if (!ok || n < 0 || !std::isfinite(n) || n > maximum)
+            return false;
+        numbers.push_back(n);
+    }
+    return true;
 }
 
 bool readInput(const QString& path, QByteArray& bytes)

@@ -6,6 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
+#include <vector>
+
 namespace qly::tool {
 
 /// Exit codes of every command.
@@ -38,6 +41,11 @@ private:
     QString m_command, m_synopsis, m_description;
     QCommandLineParser m_parser;
 };
+
+/// Reads count non-negative finite numbers at most maximum, separated by separator ("612x792",
+/// "72,72,90,90"), into numbers; false when the text is anything else.
+bool parseNumberList(const QString& text, QChar separator, int count, std::vector<double>& numbers,
+                     double maximum = std::numeric_limits<double>::max());
 
 /// Prints "qly: message" on stderr.
 void printError(const QString& message);

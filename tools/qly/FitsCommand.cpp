@@ -23,22 +23,6 @@ const QString No = QStringLiteral("no");
 // US letter with one-inch margins.
 constexpr double DefaultPaperWidth = 612, DefaultPaperHeight = 792, DefaultMargin = 72;
 
-bool parseNumbers(const QString& text, QChar separator, int count, std::vector<double>& numbers)
-{
-    const QStringList parts = text.split(separator);
-    if (parts.size() != count)
-        return false;
-    numbers.clear();
-    for (const QString& part : parts) {
-        bool ok = false;
-        const double n = part.trimmed().toDouble(&ok);
-        if (!ok || n < 0 || !std::isfinite(n))
-            return false;
-        numbers.push_back(n);
-    }
-    return true;
-}
-
 } // namespace
 
 int runFits(const QStringList& args)
@@ -66,13 +50,13 @@ int runFits(const QStringList& args)
     std::vector<double> n;
     if (line.isSet(PaperOption)) {
         const QString value = line.value(PaperOption);
-        if (!parseNumbers(value.toLower(), QLatin1Char('x'), 2, n) || n[0] <= 0 || n[1] <= 0)
+        if (!parseNumberList(value.toLower(), QLatin1Char('x'), 2, n) || n[0] <= 0 || n[1] <= 0)
             return line.usageError(QStringLiteral("--paper takes WIDTHxHEIGHT in points, not '%1'").arg(value));
         paper = QSizeF(n[0], n[1]);
     }
     if (line.isSet(MarginsOption)) {
         const QString value = line.value(MarginsOption);
-        if (!parseNumbers(value, QLatin1Char(','), 4, n))
+        if (!parseNumberList(value, QLatin1Char(','), 4, n))
             return line.usageError(
                 QStringLiteral("--margins takes LEFT,RIGHT,TOP,BOTTOM in points, not '%1'").arg(value));
         margins = XQMakeMargins(n[0], n[1], n[2], n[3]);
@@ -81,15 +65,9 @@ int runFits(const QStringList& args)
         return line.usageError(QStringLiteral("the margins leave no room on the page"));
 
     const QString input = line.arguments().constFirst();
-    const DocumentFormatHandler* reader = readingFormatHandler(line, input);
-    if (!reader)
-        return ExitUsage;
-    QByteArray bytes;
-    if (!readInput(input, bytes))
-        return ExitFailure;
-    const std::optional<ConvertDocument> document = reader->read(bytes, input, line);
+    const std::optional<ConvertDocument> document = readDocument(line, input, &exitCode);
     if (!document)
-        return ExitFailure;
+        return exitCode;
 
     XQPageFittingHelper helper(paper, margins);
     if (line.isSet(PagesOption)) {

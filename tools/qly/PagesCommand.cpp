@@ -43,22 +43,8 @@ const QString PNGFormat = QStringLiteral("png");
 // US letter with one-inch margins, unless the document or the options say otherwise.
 constexpr double DefaultPaperWidth = 612, DefaultPaperHeight = 792, DefaultMargin = 72;
 constexpr double HeaderFontSize = 10;
-
-bool parseNumbers(const QString& text, QChar separator, int count, std::vector<double>& numbers)
-{
-    const QStringList parts = text.split(separator);
-    if (parts.size() != count)
-        return false;
-    numbers.clear();
-    for (const QString& part : parts) {
-        bool ok = false;
-        const double n = part.trimmed().toDouble(&ok);
-        if (!ok || n < 0 || !std::isfinite(n) || n > 100000)
-            return false;
-        numbers.push_back(n);
-    }
-    return true;
-}
+// Paper sides and margins beyond this many points are refused (about 35 m).
+constexpr double MaximumPageLength = 100000;
 
 // A header or footer in the running-head face, aligned as given.
 AttributedString headerText(const QString& text, TextAlignment alignment)
@@ -147,7 +133,7 @@ int runPages(const QStringList& args)
     std::optional<QSizeF> paper;
     if (line.isSet(PaperOption)) {
         const QString value = line.value(PaperOption);
-        if (!parseNumbers(value.toLower(), QLatin1Char('x'), 2, n) || n[0] < 36 || n[1] < 36)
+        if (!parseNumberList(value.toLower(), QLatin1Char('x'), 2, n, MaximumPageLength) || n[0] < 36 || n[1] < 36)
             return line.usageError(
                 QStringLiteral("--paper takes WIDTHxHEIGHT in points (36 or more), not '%1'").arg(value));
         paper = QSizeF(n[0], n[1]);
@@ -155,7 +141,7 @@ int runPages(const QStringList& args)
     std::optional<std::vector<double>> margins;
     if (line.isSet(MarginsOption)) {
         const QString value = line.value(MarginsOption);
-        if (!parseNumbers(value, QLatin1Char(','), 4, n))
+        if (!parseNumberList(value, QLatin1Char(','), 4, n, MaximumPageLength))
             return line.usageError(
                 QStringLiteral("--margins takes LEFT,RIGHT,TOP,BOTTOM in points, not '%1'").arg(value));
         margins = n;
@@ -178,15 +164,9 @@ int runPages(const QStringList& args)
     }
 
     const QString input = line.arguments().constFirst();
-    const DocumentFormatHandler* reader = readingFormatHandler(line, input);
-    if (!reader)
-        return ExitUsage;
-    QByteArray bytes;
-    if (!readInput(input, bytes))
-        return ExitFailure;
-    const std::optional<ConvertDocument> document = reader->read(bytes, input, line);
+    const std::optional<ConvertDocument> document = readDocument(line, input, &exitCode);
     if (!document)
-        return ExitFailure;
+        return exitCode;
     const std::optional<AttributedString> text = printedText(*document);
     if (!text)
         return ExitFailure;

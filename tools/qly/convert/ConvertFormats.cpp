@@ -66,6 +66,20 @@ const DocumentFormatHandler* readingFormatHandler(const CommandLine& line, const
     return handler;
 }
 
+std::optional<ConvertDocument> readDocument(const CommandLine& line, const QString& path, int* exitCode)
+{
+    const DocumentFormatHandler* reader = readingFormatHandler(line, path);
+    if (!reader) {
+        *exitCode = ExitUsage;
+        return std::nullopt;
+    }
+    *exitCode = ExitFailure;
+    QByteArray bytes;
+    if (!readInput(path, bytes))
+        return std::nullopt;
+    return reader->read(bytes, path, line);
+}
+
 void printWarnings(const QString& inputPath, const QStringList& warnings)
 {
     for (const QString& warning : warnings)

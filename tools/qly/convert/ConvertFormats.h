@@ -87,6 +87,9 @@ QString documentFormatHandlerNames(bool readable);
 /// The handler that reads path: the one --from names, else the one its extension chooses. Null, after
 /// a usage message, when none can (standard input always needs --from).
 const DocumentFormatHandler* readingFormatHandler(const CommandLine& line, const QString& path);
+/// Reads path with the handler readingFormatHandler() chooses. Nothing, after printing why, with
+/// *exitCode set to the status to exit with (usage or failure).
+std::optional<ConvertDocument> readDocument(const CommandLine& line, const QString& path, int* exitCode);
 
 /// Prints the warnings of a conversion step, each naming the input.
 void printWarnings(const QString& inputPath, const QStringList& warnings);

@@ -24,22 +24,6 @@ const QString AnnotationsAsFootnotesOption = QStringLiteral("annotations-as-foot
 const QString CommentsInlineOption = QStringLiteral("comments-inline");
 const QString FootnotesInlineOption = QStringLiteral("footnotes-inline");
 
-bool parseNumbers(const QString& text, QChar separator, int count, std::vector<double>& numbers)
-{
-    const QStringList parts = text.split(separator);
-    if (parts.size() != count)
-        return false;
-    numbers.clear();
-    for (const QString& part : parts) {
-        bool ok = false;
-        const double n = part.trimmed().toDouble(&ok);
-        if (!ok || n < 0)
-            return false;
-        numbers.push_back(n);
-    }
-    return true;
-}
-
 // The settings from the command line; 0 to go on, otherwise the exit code.
 int settingsFromCommandLine(const CommandLine& line, WordRTFExportSettings& settings)
 {
@@ -54,14 +38,14 @@ int settingsFromCommandLine(const CommandLine& line, WordRTFExportSettings& sett
     if (line.isSet(PaperOption)) {
         std::vector<double> n;
         const QString value = line.value(PaperOption);
-        if (!parseNumbers(value.toLower(), QLatin1Char('x'), 2, n) || n[0] <= 0 || n[1] <= 0)
+        if (!parseNumberList(value.toLower(), QLatin1Char('x'), 2, n) || n[0] <= 0 || n[1] <= 0)
             return line.usageError(QStringLiteral("--paper takes WIDTHxHEIGHT in points, not '%1'").arg(value));
         settings.documentAttributes.insert(PaperSizeDocumentAttribute, QSizeF(n[0], n[1]));
     }
     if (line.isSet(MarginsOption)) {
         std::vector<double> n;
         const QString value = line.value(MarginsOption);
-        if (!parseNumbers(value, QLatin1Char(','), 4, n))
+        if (!parseNumberList(value, QLatin1Char(','), 4, n))
             return line.usageError(
                 QStringLiteral("--margins takes LEFT,RIGHT,TOP,BOTTOM in points, not '%1'").arg(value));
         settings.documentAttributes.insert(LeftMarginDocumentAttribute, n[0]);
