@@ -4,9 +4,16 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QRandomGenerator>
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <vector>
+
+#include <qlyappkit/platform/text/Attributes.h>
+#include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/values/Font.h>
+#include <qlyappkit/platform/values/ParagraphStyle.h>
 
 namespace qly::bench {
 
@@ -36,6 +43,37 @@ inline int runBenchmarks(int argc, char** argv, const std::function<void()>& pre
     ::benchmark::RunSpecifiedBenchmarks();
     ::benchmark::Shutdown();
     return 0;
+}
+
+/// A manuscript's body: Times 12 pt, double-spaced, first lines indented half an inch.
+inline Attributes manuscriptBodyAttributes()
+{
+    ParagraphStyle style;
+    style.setLineHeightMultiple(2.0);
+    style.setFirstLineHeadIndent(36);
+    return Attributes{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))},
+                      {ParagraphStyleAttributeName, QVariant::fromValue(style)}};
+}
+
+/// Prose of the given number of words from a fixed vocabulary, in paragraphs of 40 to 160 words.
+inline QString manuscriptText(int words, quint32 seed)
+{
+    static const char* vocabulary[] = {"the",     "manuscript", "of",      "a",       "long",    "novel",
+                                       "written", "over",       "years",   "chapter", "and",     "scene",
+                                       "she",     "said",       "quietly", "before",  "morning", "extraordinary"};
+    QRandomGenerator rng(seed);
+    QString text;
+    int paragraphLeft = 40 + int(rng.bounded(120));
+    for (int w = 0; w < words; ++w) {
+        text += QLatin1String(vocabulary[rng.bounded(int(std::size(vocabulary)))]);
+        if (--paragraphLeft == 0) {
+            text += QStringLiteral(".\n");
+            paragraphLeft = 40 + int(rng.bounded(120));
+        } else {
+            text += QLatin1Char(' ');
+        }
+    }
+    return text;
 }
 
 } // namespace qly::bench

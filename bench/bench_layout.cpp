@@ -31,33 +31,9 @@ constexpr double Padding = TextContainer::DefaultLineFragmentPadding;
 
 AttributedString g_manuscript;
 
-Attributes bodyAttributes()
-{
-    ParagraphStyle style;
-    style.setLineHeightMultiple(2.0);
-    style.setFirstLineHeadIndent(36);
-    return Attributes{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))},
-                      {ParagraphStyleAttributeName, QVariant::fromValue(style)}};
-}
-
 AttributedString manuscript(int words, quint32 seed)
 {
-    static const char* vocabulary[] = {"the",     "manuscript", "of",      "a",       "long",    "novel",
-                                       "written", "over",       "years",   "chapter", "and",     "scene",
-                                       "she",     "said",       "quietly", "before",  "morning", "extraordinary"};
-    QRandomGenerator rng(seed);
-    QString text;
-    int paragraphLeft = 40 + int(rng.bounded(120));
-    for (int w = 0; w < words; ++w) {
-        text += QLatin1String(vocabulary[rng.bounded(int(std::size(vocabulary)))]);
-        if (--paragraphLeft == 0) {
-            text += QStringLiteral(".\n");
-            paragraphLeft = 40 + int(rng.bounded(120));
-        } else {
-            text += QLatin1Char(' ');
-        }
-    }
-    return AttributedString(text, bodyAttributes());
+    return AttributedString(qly::bench::manuscriptText(words, seed), qly::bench::manuscriptBodyAttributes());
 }
 
 struct Pages : LayoutManagerDelegate {

@@ -36,35 +36,6 @@ constexpr double Margin = 72;
 
 AttributedString g_manuscript;
 
-Attributes bodyAttributes()
-{
-    ParagraphStyle style;
-    style.setLineHeightMultiple(2.0);
-    style.setFirstLineHeadIndent(36);
-    return Attributes{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))},
-                      {ParagraphStyleAttributeName, QVariant::fromValue(style)}};
-}
-
-QString manuscriptText(int words, quint32 seed)
-{
-    static const char* vocabulary[] = {"the",     "manuscript", "of",      "a",       "long",    "novel",
-                                       "written", "over",       "years",   "chapter", "and",     "scene",
-                                       "she",     "said",       "quietly", "before",  "morning", "extraordinary"};
-    QRandomGenerator rng(seed);
-    QString text;
-    int paragraphLeft = 40 + int(rng.bounded(120));
-    for (int w = 0; w < words; ++w) {
-        text += QLatin1String(vocabulary[rng.bounded(int(std::size(vocabulary)))]);
-        if (--paragraphLeft == 0) {
-            text += QStringLiteral(".\n");
-            paragraphLeft = 40 + int(rng.bounded(120));
-        } else {
-            text += QLatin1Char(' ');
-        }
-    }
-    return text;
-}
-
 // The view as a writer opens it: letter paper, one-inch margins.
 struct OpenManuscript {
     TextStorage storage;
@@ -194,6 +165,8 @@ BENCHMARK(BM_QlyPagesWholeProcess)->Unit(benchmark::kMillisecond)->Iterations(3)
 
 int main(int argc, char** argv)
 {
-    return bench::runBenchmarks(
-        argc, argv, [] { g_manuscript = AttributedString(manuscriptText(ManuscriptWords, 2026), bodyAttributes()); });
+    return bench::runBenchmarks(argc, argv, [] {
+        g_manuscript =
+            AttributedString(qly::bench::manuscriptText(ManuscriptWords, 2026), qly::bench::manuscriptBodyAttributes());
+    });
 }
