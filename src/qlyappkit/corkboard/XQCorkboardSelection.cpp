@@ -313,52 +313,27 @@ void XQCorkboardView::keyboardSelect(qsizetype target, bool extend, bool rangeFr
     scrollCardAtIndexToVisible(target);
 }
 
-void XQCorkboardView::moveLeftModifyingSelection(bool extend)
-{
-    if (m_selectedCardIndexes.isEmpty()) {
-        beep();
-        return;
-    }
-    const bool rtl = m_cardsUseRightToLeftDirection;
-    const qsizetype anchor = rtl ? m_selectedCardIndexes.lastIndex() : m_selectedCardIndexes.firstIndex();
-    if (m_usesFreeformArrangement) {
-        const std::optional<QList<qsizetype>> order = cardIndexesSortedInCoordinateOrder(rtl ? 1 : 0);
-        if (!order)
-            return;
-        const qsizetype at = order->indexOf(anchor);
-        const qsizetype to = rtl ? at + 1 : at - 1;
-        if (at < 0 || to < 0 || to >= order->size())
-            return;
-        keyboardSelect(order->at(to), false, false);
-        return;
-    }
-    const QRectF card = rectOfCard(anchor);
-    if (usesSections() && m_multipleSectionsMode == 2 && numberOfSections() > 1) {
-        qsizetype target = card.isNull() ? -1 : probeForCard(QPointF(card.left(), card.center().y()), -1, 0);
-        if (target < 0)
-            target = anchor;
-        keyboardSelect(target, extend, true);
-        return;
-    }
-    const qsizetype target =
-        std::clamp(rtl ? anchor + 1 : anchor - 1, qsizetype(0), std::max<qsizetype>(0, numberOfCards() - 1));
-    keyboardSelect(target, extend, false);
-}
+void XQCorkboardView::moveLeftModifyingSelection(bool extend) { moveHorizontally(true, extend); }
 
-void XQCorkboardView::moveRightModifyingSelection(bool extend)
+void XQCorkboardView::moveRightModifyingSelection(bool extend) { moveHorizontally(false, extend); }
+
+void XQCorkboardView::moveHorizontally(bool left, bool extend)
 {
     if (m_selectedCardIndexes.isEmpty()) {
         beep();
         return;
     }
     const bool rtl = m_cardsUseRightToLeftDirection;
-    const qsizetype anchor = rtl ? m_selectedCardIndexes.firstIndex() : m_selectedCardIndexes.lastIndex();
+    // Towards lower card numbers: left in a left-to-right board, right in a right-to-left one.
+    const bool backwards = left != rtl;
+    const qsizetype step = backwards ? -1 : 1;
+    const qsizetype anchor = backwards ? m_selectedCardIndexes.firstIndex() : m_selectedCardIndexes.lastIndex();
     if (m_usesFreeformArrangement) {
         const std::optional<QList<qsizetype>> order = cardIndexesSortedInCoordinateOrder(rtl ? 1 : 0);
         if (!order)
             return;
         const qsizetype at = order->indexOf(anchor);
-        const qsizetype to = rtl ? at - 1 : at + 1;
+        const qsizetype to = at + step;
         if (at < 0 || to < 0 || to >= order->size())
             return;
         keyboardSelect(order->at(to), false, false);
@@ -366,14 +341,15 @@ void XQCorkboardView::moveRightModifyingSelection(bool extend)
     }
     const QRectF card = rectOfCard(anchor);
     if (usesSections() && m_multipleSectionsMode == 2 && numberOfSections() > 1) {
-        qsizetype target = card.isNull() ? -1 : probeForCard(QPointF(card.right(), card.center().y()), 1, 0);
+        qsizetype target = card.isNull()
+            ? -1
+            : probeForCard(QPointF(left ? card.left() : card.right(), card.center().y()), left ? -1 : 1, 0);
         if (target < 0)
             target = anchor;
         keyboardSelect(target, extend, true);
         return;
     }
-    const qsizetype target =
-        std::clamp(rtl ? anchor - 1 : anchor + 1, qsizetype(0), std::max<qsizetype>(0, numberOfCards() - 1));
+    const qsizetype target = std::clamp(anchor + step, qsizetype(0), std::max<qsizetype>(0, numberOfCards() - 1));
     keyboardSelect(target, extend, false);
 }
 

@@ -335,6 +335,7 @@ private:
     double measuredFreeformTextHeight(qsizetype index, const QString& text, double width) const;
     qsizetype probeForCard(QPointF start, double dx, double dy) const;
     void moveVertically(bool up, bool extend);
+    void moveHorizontally(bool left, bool extend);
     void keyboardSelect(qsizetype target, bool extend, bool rangeFromFirst);
     void handleMouseSelection(QMouseEvent* event, qsizetype clickedCardIndex);
     void positionEditors();
