@@ -26,14 +26,27 @@ QByteArray document(const QByteArray& body)
     return "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\froman Times New Roman;}}\n\\pard\\plain " + body + "\\par\n}";
 }
 
-QByteArray imageHex(int width, int height, const char* format)
+// An image file in hexadecimal. With dotsPerInch the file states that resolution; without, it states
+// none (the density Qt always writes is taken out again).
+QByteArray imageHex(int width, int height, const char* format, int dotsPerInch = 0)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
+    if (dotsPerInch > 0) {
+        image.setDotsPerMeterX(qRound(dotsPerInch / 0.0254));
+        image.setDotsPerMeterY(qRound(dotsPerInch / 0.0254));
+    }
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, format);
+    if (dotsPerInch == 0 && QByteArray(format) == "PNG") {
+        const qsizetype chunk = bytes.indexOf("pHYs") - 4; // length, type, 9 bytes of data, checksum
+        if (chunk > 0)
+            bytes.remove(chunk, 4 + 4 + 9 + 4);
+    } else if (dotsPerInch == 0 && QByteArray(format) == "JPEG" && bytes.mid(6, 4) == "JFIF") {
+        bytes[13] = 0; // density units 0: an aspect ratio, no resolution
+    }
     return bytes.toHex();
 }
 
@@ -187,28 +200,35 @@ TEST(ExtendedRTFReader, CommentRangesWithoutIdsPairInOrder)
 
 TEST(ExtendedRTFReader, PicturesArriveAtTheSizeTheyAreShown)
 {
+    // The image is 200 x 100 pixels stating 144 dpi, so 100 x 50 points. Shown smaller, it is re-encoded
+    // at the size it is shown at that resolution; shown at its size or larger, it keeps its bytes.
     struct Case {
         const char* name;
         QByteArray controls;
         const char* format;
         QSizeF size;
+        QSize pixels;
         QString fileName;
     };
-    const QByteArray png = imageHex(200, 100, "PNG");
     const Case cases[] = {
-        {"goal width only keeps the aspect", "\\picwgoal1440\\pngblip", "PNG", {72, 36}, "Image1.png"},
-        {"goal height only", "\\pichgoal720\\pngblip", "PNG", {72, 36}, "Image1.png"},
-        {"both goals", "\\picwgoal2000\\pichgoal400\\pngblip", "PNG", {100, 20}, "Image1.png"},
-        {"no goal: the image's own size", "\\pngblip", "PNG", {200, 100}, "Image1.png"},
-        {"enlarging scales are ignored", "\\picscalex150\\picscaley100\\pngblip", "PNG", {200, 100}, "Image1.png"},
-        {"reducing scales apply", "\\picscalex50\\picscaley25\\pngblip", "PNG", {100, 25}, "Image1.png"},
-        {"a JPEG keeps its type", "\\picwgoal4000\\pichgoal2000\\jpegblip", "JPEG", {200, 100}, "Image1.jpg"},
-        {"a named picture", "{\\*\\nisusfilename Sea view}\\pngblip", "PNG", {200, 100}, "Sea view.png"},
-        {"a name with escapes", "{\\*\\nisusfilename Caf\\u233\\'e9}\\pngblip", "PNG", {200, 100}, "Caf\u00e9.png"},
+        {"goal width only keeps the aspect", "\\picwgoal1440\\pngblip", "PNG", {72, 36}, {144, 72}, "Image1.png"},
+        {"goal height only", "\\pichgoal720\\pngblip", "PNG", {72, 36}, {144, 72}, "Image1.png"},
+        {"both goals", "\\picwgoal2000\\pichgoal400\\pngblip", "PNG", {100, 20}, {200, 40}, "Image1.png"},
+        {"no goal: the image's own size", "\\pngblip", "PNG", {100, 50}, {200, 100}, "Image1.png"},
+        {"enlarging scales are ignored", "\\picscalex150\\picscaley100\\pngblip", "PNG", {100, 50}, {200, 100},
+         "Image1.png"},
+        {"reducing scales apply", "\\picscalex50\\picscaley25\\pngblip", "PNG", {50, 12.5}, {100, 25}, "Image1.png"},
+        {"shown larger: no pixels are made up", "\\picwgoal4000\\pichgoal2000\\jpegblip", "JPEG", {200, 100},
+         {200, 100}, "Image1.jpg"},
+        {"a reduced JPEG stays a JPEG", "\\picwgoal1000\\pichgoal500\\jpegblip", "JPEG", {50, 25}, {100, 50},
+         "Image1.jpg"},
+        {"a named picture", "{\\*\\nisusfilename Sea view}\\pngblip", "PNG", {100, 50}, {200, 100}, "Sea view.png"},
+        {"a name with escapes", "{\\*\\nisusfilename Caf\\u233\\'e9}\\pngblip", "PNG", {100, 50}, {200, 100},
+         "Caf\u00e9.png"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const QByteArray hex = QByteArray(c.format) == "PNG" ? png : imageHex(200, 100, c.format);
+        const QByteArray hex = imageHex(200, 100, c.format, 144);
         const QByteArray rtf = document("See {\\*\\shppict{\\pict" + c.controls + "\n" + hex
                                         + "}}{\\nonshppict{\\pict\\wmetafile8 0102}} here.");
         ExtendedRTFImportReport report;
@@ -220,8 +240,20 @@ TEST(ExtendedRTFReader, PicturesArriveAtTheSizeTheyAreShown)
         EXPECT_EQ(found[0].fileName(), c.fileName);
         EXPECT_NEAR(found[0].bounds().width(), c.size.width(), 0.01);
         EXPECT_NEAR(found[0].bounds().height(), c.size.height(), 0.01);
-        EXPECT_EQ(found[0].image().size(), QSize(200, 100));
+        EXPECT_EQ(found[0].image().size(), c.pixels);
+        const bool kept = c.pixels == QSize(200, 100);
+        EXPECT_EQ(found[0].contents().toHex() == hex, kept);
+        EXPECT_EQ(found[0].contents().startsWith("\xFF\xD8"), QByteArray(c.format) == "JPEG");
+        if (!kept) { // the new file states the resolution it keeps
+            EXPECT_NEAR(found[0].image().dotsPerMeterX() * 0.0254, 144, 0.5);
+        }
     }
+
+    // Without a stated resolution a pixel is a point: a picture shown at half its pixels has half of them.
+    const AttributedString halved = imported(
+        document("{\\pict\\picwgoal2000\\pichgoal1000\\pngblip " + imageHex(200, 100, "PNG") + "}"), {});
+    ASSERT_EQ(attachmentsIn(halved).size(), 1u);
+    EXPECT_EQ(attachmentsIn(halved)[0].image().size(), QSize(100, 50));
 
     // Pictures in order, in the object group of another writer, and one whose data is not an image.
     const QByteArray rtf = document("{\\object{\\*\\objdata 01}{\\result{\\pict\\pngblip " + imageHex(10, 20, "PNG")

@@ -10,6 +10,7 @@
 #include <qlyappkit/text/notes/MarginNotes.h>
 #include <qlyappkit/text/notes/NoteTags.h>
 
+#include "RTFImportPictures_p.h"
 #include "RTFImportRepairs.h"
 #include "RTFImportRewriting_p.h"
 #include "RTFImportTags.h"
@@ -54,9 +55,11 @@ void replacePicturePlaceholders(AttributedString& text, const QString& s,
     }
     for (auto it = found.rbegin(); it != found.rend(); ++it) {
         const rtfimport::ImportedPicture& picture = pictures[it->picture];
-        // The picture keeps the bytes it came with and is shown at the size the RTF asked for:
-        // re-encoding it at that size would throw away the resolution it prints at.
-        TextAttachment attachment(picture.fileName, picture.data);
+        // A picture shown smaller than its pixels at its own resolution is re-encoded at the size it
+        // is shown; its resolution, and so its print quality, stays.
+        const std::optional<QByteArray> resized =
+            rtfimport::resizedPictureMaintainingResolution(picture.data, picture.size, picture.isJPEG);
+        TextAttachment attachment(picture.fileName, resized ? *resized : picture.data);
         attachment.setBounds(picture.size);
         Attributes attributes = text.attributes(it->range.location);
         attributes.insert(AttachmentAttributeName, QVariant::fromValue(attachment));

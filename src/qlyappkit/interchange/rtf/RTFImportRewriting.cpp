@@ -4,6 +4,7 @@
 #include <QImageReader>
 
 #include "ExtendedRTFExport_p.h"
+#include "RTFImportPictures_p.h"
 #include "RTFImportTags.h"
 #include "RTFTextToolkit.h"
 
@@ -13,7 +14,6 @@ namespace {
 
 using extendedrtf::Edit;
 
-constexpr double TwipsPerPoint = 20.0;
 constexpr int LongestControlWord = 32;
 constexpr int LongestParameter = 10;
 
@@ -311,8 +311,10 @@ private:
         const int number = int(m_out.pictures.size()) + 1;
         ImportedPicture picture;
         picture.isJPEG = p.isJPEG;
-        // Pictures are measured as attachments are: a pixel is a point.
-        picture.size = pictureDisplaySize(QSizeF(pixels), p.goalWidth, p.goalHeight, p.scaleX, p.scaleY);
+        // The image's own size is its print size when the file states its resolution; otherwise it is
+        // measured as attachments are, a pixel a point.
+        const double perPoint = statedPixelsPerPoint(*data).value_or(1.0);
+        picture.size = pictureDisplaySize(QSizeF(pixels) / perPoint, p.goalWidth, p.goalHeight, p.scaleX, p.scaleY);
         QString name = p.fileName;
         if (name.contains(u'\\'))
             name = stringFromRTFFragment(name).trimmed();
@@ -351,22 +353,6 @@ private:
 RewrittenRTF rewriteWordProcessorRTF(const QString& rtf, bool commentsInline)
 {
     return Rewriter(rtf, commentsInline).run();
-}
-
-QSizeF pictureDisplaySize(QSizeF ownSize, int goalWidth, int goalHeight, int scaleX, int scaleY)
-{
-    double w = goalWidth, h = goalHeight;
-    if (w > 0 && h == 0 && ownSize.width() > 0)
-        h = ownSize.height() / ownSize.width() * w;
-    else if (h > 0 && w == 0 && ownSize.height() > 0)
-        w = ownSize.width() / ownSize.height() * h;
-    QSizeF size = w > 0 && h > 0 ? QSizeF(w / TwipsPerPoint, h / TwipsPerPoint) : ownSize;
-    // Only reductions: a scale of 100 or more is ignored.
-    if (scaleX >= 1 && scaleX <= 99)
-        size.setWidth(size.width() * scaleX / 100.0);
-    if (scaleY >= 1 && scaleY <= 99)
-        size.setHeight(size.height() * scaleY / 100.0);
-    return size;
 }
 
 std::optional<QByteArray> bytesFromHexadecimal(QStringView hex)

@@ -37,10 +37,6 @@ struct RewrittenRTF {
 /// Rewrites rtf (RTF text, one character per byte). With commentsInline the range groups stay.
 RewrittenRTF rewriteWordProcessorRTF(const QString& rtf, bool commentsInline);
 
-/// The size a picture is shown at: goal sizes in twips (one missing one follows the image's aspect),
-/// else the image's own size; scales between 1 and 99 percent reduce it, larger ones are ignored.
-QSizeF pictureDisplaySize(QSizeF ownSize, int goalWidth, int goalHeight, int scaleX, int scaleY);
-
 /// Bytes from hexadecimal digits, white space between them allowed; nothing for any other character
 /// or an odd number of digits.
 std::optional<QByteArray> bytesFromHexadecimal(QStringView hex);
