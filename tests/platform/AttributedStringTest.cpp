@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QRandomGenerator>
+#include <tuple>
 #include <vector>
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
@@ -94,7 +95,7 @@ TEST(AttributedString, RandomEditsMatchReference)
         const qsizetype b =
             rng.bounded(5) == 0 ? (n ? rng.bounded(int(n + 1)) : 0) : std::min<qsizetype>(n, a + rng.bounded(6));
         const Range r = Range::fromBounds(std::min(a, b), std::max(a, b));
-        const int op = rng.bounded(9);
+        const int op = rng.bounded(11);
         const AttributedString before = s; // copies must not see later edits
         const QString beforeText = ref.text;
         if (op <= 2) {
@@ -126,6 +127,50 @@ TEST(AttributedString, RandomEditsMatchReference)
             const QString pieceText = ref.text.mid(r.location, r.length);
             s.insert(piece, at);
             ref.replace(Range{at, 0}, pieceText, pieceAttrs);
+        } else if (op == 9) {
+            // A batch: a few ranges in order, some touching, some insertions, replaced at once.
+            std::vector<AttributedString::Replacement> batch;
+            std::vector<std::tuple<Range, QString, Attributes>> made;
+            for (qsizetype from = 0, count = rng.bounded(5); count > 0 && from <= n; --count) {
+                const qsizetype start = from + rng.bounded(int(std::min<qsizetype>(n - from, 12) + 1));
+                const qsizetype end = std::min(n, start + rng.bounded(4));
+                const QString t = randomText(rng, 4);
+                const Attributes attrs = randomAttributes(rng);
+                batch.push_back({Range::fromBounds(start, end), AttributedString(t, attrs)});
+                made.emplace_back(Range::fromBounds(start, end), t, attrs);
+                from = end;
+            }
+            s = s.replacingRanges(batch);
+            for (auto it = made.rbegin(); it != made.rend(); ++it) {
+                const auto& [range, t, attrs] = *it;
+                ref.replace(range, t, std::vector<Attributes>(size_t(t.size()), attrs));
+            }
+        } else if (op == 10) {
+            // Both walks report the maximal stretches the reference has, clipped to the range.
+            std::vector<Range> runs, toolTipRuns;
+            s.enumerateAttributes(r, [&](const Attributes& attrs, Range run) {
+                EXPECT_EQ(attrs, ref.attrs[size_t(run.location)]);
+                runs.push_back(run);
+                return true;
+            });
+            s.enumerateAttribute(ToolTipAttributeName, r, [&](const QVariant& value, Range run) {
+                EXPECT_EQ(value, ref.attrs[size_t(run.location)].value(ToolTipAttributeName));
+                toolTipRuns.push_back(run);
+                return true;
+            });
+            std::vector<Range> expected, expectedToolTips;
+            for (qsizetype i = r.location; i < r.end(); ++i) {
+                if (i == r.location || ref.attrs[size_t(i)] != ref.attrs[size_t(i - 1)])
+                    expected.push_back(Range{i, 0});
+                ++expected.back().length;
+                if (i == r.location
+                    || ref.attrs[size_t(i)].value(ToolTipAttributeName)
+                        != ref.attrs[size_t(i - 1)].value(ToolTipAttributeName))
+                    expectedToolTips.push_back(Range{i, 0});
+                ++expectedToolTips.back().length;
+            }
+            ASSERT_EQ(runs, expected) << "step " << step;
+            ASSERT_EQ(toolTipRuns, expectedToolTips) << "step " << step;
         } else {
             const AttributedString sub = s.attributedSubstring(r);
             Reference subRef{ref.text.mid(r.location, r.length),
@@ -265,4 +310,30 @@ TEST(AttributedString, WordCountMatchesSteppingThroughWords)
         EXPECT_EQ(wordCount(QStringView(t)), stepped);
     }
     EXPECT_EQ(wordCount(AttributedString(QStringLiteral("one two")), Range{0, 99}), 0); // past the end
+}
+
+TEST(AttributedString, WalksSeeTheTextAsItWasWhenTheCallbackEditsIt)
+{
+    LeafCapacity tiny(6);
+    AttributedString s;
+    s.append(QStringLiteral("aaaa"), {{LinkAttributeName, QStringLiteral("x")}});
+    s.append(QStringLiteral("bbbbbb"), {});
+    s.append(QStringLiteral("cc"), {{LinkAttributeName, QStringLiteral("y")}});
+    const QString before = s.string();
+    std::vector<Range> seen;
+    s.enumerateAttribute(LinkAttributeName, Range{0, s.length()}, [&](const QVariant&, Range run) {
+        seen.push_back(run);
+        // Deleting and marking ahead of the walk moves nothing it reports.
+        s.deleteCharacters(Range{0, 1});
+        s.addAttribute(KernAttributeName, 2.0, Range{0, s.length()});
+        return true;
+    });
+    EXPECT_EQ(seen, (std::vector<Range>{{0, 4}, {4, 6}, {10, 2}}));
+    EXPECT_EQ(s.string(), before.mid(3));
+    EXPECT_TRUE(s.checkInvariants());
+
+    // A walk that stops is not called again.
+    int calls = 0;
+    s.enumerateAttributes(Range{0, s.length()}, [&](const Attributes&, Range) { return ++calls < 1; });
+    EXPECT_EQ(calls, 1);
 }

@@ -333,7 +333,7 @@ template <typename Fn> void AttributedStringData::modifyAttributes(Range range, 
             l.runs[size_t(r)].attributes = fn(l.runs[size_t(r)].attributes);
         normalizeRuns(l.runs, l.length(), r0 - 1, r);
     }
-    invalidate();
+    // The characters are unchanged: an assembled string stays valid.
 }
 
 // ---------------------------------------------------------------- AttributedString
@@ -535,19 +535,52 @@ AttributedString AttributedString::attributedSubstring(Range range) const
     return out;
 }
 
+// Both enumerations walk the leaves' runs in order instead of locating each run anew, and read the
+// run dictionaries in place. They walk a snapshot: fn may edit this string, which then detaches.
+template <typename Visit>
+void AttributedStringData::forEachRun(Range range, Visit visit) const
+{
+    if (range.length <= 0)
+        return;
+    auto [k, off] = locate(range.location);
+    qsizetype pos = range.location;
+    const qsizetype end = range.end();
+    for (; pos < end && k < leafCount(); ++k, off = 0) {
+        const TextLeaf& l = leaf(k);
+        for (qsizetype r = l.runIndex(off); r < qsizetype(l.runs.size()) && pos < end; ++r) {
+            const qsizetype runEnd = std::min(pos + l.runEnd(r) - off, end);
+            if (!visit(l.runs[size_t(r)].attributes, pos, runEnd))
+                return;
+            off = l.runEnd(r);
+            pos = runEnd;
+        }
+    }
+}
+
 void AttributedString::enumerateAttributes(Range range, const std::function<bool(const Attributes&, Range)>& fn) const
 {
     const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
     const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
-    qsizetype pos = start;
-    while (pos < end) {
-        Range effective;
-        const Attributes attrs = attributes(pos, &effective);
-        const qsizetype runEnd = std::min(effective.end(), end);
-        if (!fn(attrs, Range{pos, runEnd - pos}))
-            return;
-        pos = runEnd;
-    }
+    if (end <= start)
+        return;
+    const QExplicitlySharedDataPointer<AttributedStringData> snapshot = d;
+    const Attributes* current = nullptr;
+    qsizetype currentStart = start;
+    bool stopped = false;
+    // Equal dictionaries on either side of a leaf boundary are one run.
+    snapshot->forEachRun(Range::fromBounds(start, end), [&](const Attributes& attrs, qsizetype from, qsizetype) {
+        if (current && sameAttributes(*current, attrs))
+            return true;
+        if (current && !fn(*current, Range::fromBounds(currentStart, from))) {
+            stopped = true;
+            return false;
+        }
+        current = &attrs;
+        currentStart = from;
+        return true;
+    });
+    if (!stopped && current)
+        fn(*current, Range::fromBounds(currentStart, end));
 }
 
 void AttributedString::enumerateAttribute(const QString& name, Range range,
@@ -555,22 +588,28 @@ void AttributedString::enumerateAttribute(const QString& name, Range range,
 {
     const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
     const qsizetype end = std::clamp<qsizetype>(range.end(), start, length());
-    qsizetype pos = start;
-    while (pos < end) {
-        Range effective;
-        const QVariant value = attributes(pos, &effective).value(name);
-        qsizetype runEnd = std::min(effective.end(), end);
-        while (runEnd < end) {
-            Range next;
-            const QVariant v = attributes(runEnd, &next).value(name);
-            if (!sameValue(v, value))
-                break;
-            runEnd = std::min(next.end(), end);
+    if (end <= start)
+        return;
+    const QExplicitlySharedDataPointer<AttributedStringData> snapshot = d;
+    static const QVariant absent;
+    const QVariant* current = nullptr;
+    qsizetype currentStart = start;
+    bool stopped = false;
+    snapshot->forEachRun(Range::fromBounds(start, end), [&](const Attributes& attrs, qsizetype from, qsizetype) {
+        const auto found = attrs.constFind(name);
+        const QVariant* value = found == attrs.cend() ? &absent : &*found;
+        if (current && sameValue(*current, *value))
+            return true;
+        if (current && !fn(*current, Range::fromBounds(currentStart, from))) {
+            stopped = true;
+            return false;
         }
-        if (!fn(value, Range{pos, runEnd - pos}))
-            return;
-        pos = runEnd;
-    }
+        current = value;
+        currentStart = from;
+        return true;
+    });
+    if (!stopped && current)
+        fn(*current, Range::fromBounds(currentStart, end));
 }
 
 qsizetype AttributedString::runCount() const
@@ -609,6 +648,43 @@ void AttributedString::replaceCharacters(Range range, const AttributedString& te
         text.d->copyToPiece(Range{0, text.length()}, piece);
     detach();
     d->replace(Range{start, end - start}, piece);
+}
+
+AttributedString AttributedString::replacingRanges(const std::vector<Replacement>& replacements) const
+{
+    if (replacements.empty())
+        return *this;
+    // The text is copied front to back once, instead of moving each leaf's tail per replacement.
+    const qsizetype n = length();
+    qsizetype resultLength = n;
+    for (qsizetype pos = 0; const Replacement& r : replacements) {
+        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, n);
+        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, n);
+        resultLength += r.text.length() - (end - start);
+        pos = end;
+    }
+    TextPiece piece;
+    piece.text.reserve(resultLength);
+    qsizetype pos = 0;
+    for (const Replacement& r : replacements) {
+        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, n);
+        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, n);
+        if (d)
+            d->copyToPiece(Range{pos, start - pos}, piece);
+        if (!r.text.isEmpty())
+            r.text.d->copyToPiece(Range{0, r.text.length()}, piece);
+        pos = end;
+    }
+    if (d)
+        d->copyToPiece(Range{pos, n - pos}, piece);
+    AttributedString out;
+    out.detach();
+    out.d->leaves = out.d->makeLeaves(piece);
+    out.d->rebuildTree();
+    // The whole text was assembled on the way: it is the string, ready for the next pass that asks.
+    out.d->cache = std::move(piece.text);
+    out.d->cacheValid = true;
+    return out;
 }
 
 void AttributedString::append(const QString& text, const Attributes& attributes)

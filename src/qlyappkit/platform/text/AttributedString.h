@@ -13,6 +13,7 @@
 #include <QExplicitlySharedDataPointer>
 #include <QString>
 #include <functional>
+#include <vector>
 
 #include <qlyappkit/platform/text/Attributes.h>
 #include <qlyappkit/platform/text/Range.h>
@@ -72,6 +73,11 @@ public:
     void append(const AttributedString& text) { replaceCharacters(Range{length(), 0}, text); }
     void append(const QString& text, const Attributes& attributes);
     void deleteCharacters(Range range) { replaceCharacters(range, QString()); }
+    struct Replacement;
+    /// A copy with all the replacements made at once, in one pass over the text whatever their number.
+    /// Ranges are in this string's positions and in increasing order; one starting inside the one
+    /// before is clipped to its end, and replacements at the same position go in in order.
+    AttributedString replacingRanges(const std::vector<Replacement>& replacements) const;
 
     // ---- paragraphs and words
     /// The paragraphs touching range, terminators included (LF, CR, CR LF, U+2029 end a paragraph).
@@ -97,6 +103,12 @@ private:
     friend class AttributedStringData;
     void detach();
     QExplicitlySharedDataPointer<AttributedStringData> d;
+};
+
+/// One replacement of a batch: a range of the string and the text that takes its place.
+struct AttributedString::Replacement {
+    Range range;
+    AttributedString text;
 };
 
 } // namespace qly

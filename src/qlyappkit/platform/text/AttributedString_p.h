@@ -69,6 +69,9 @@ public:
     template <typename Fn> void modifyAttributes(Range range, Fn fn);
     /// Attributes that text inserted over `range` takes.
     Attributes attributesForReplacing(Range range) const;
+    /// Calls visit(attributes, start, end) for each leaf run inside range, in order, clipped to range
+    /// (equal runs on either side of a leaf boundary come separately); visit returns false to stop.
+    template <typename Visit> void forEachRun(Range range, Visit visit) const;
     /// Appends the text and runs of range to piece.
     void copyToPiece(Range range, TextPiece& piece) const;
     /// Splits the piece into new leaves of at most the fill size.
