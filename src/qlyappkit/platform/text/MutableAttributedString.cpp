@@ -1,6 +1,7 @@
 #include <qlyappkit/platform/text/MutableAttributedString.h>
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace qly {
 
@@ -52,8 +53,15 @@ AttributedString MutableAttributedString::attributedStringFromPrimitives() const
     return out;
 }
 
+AttributedString* MutableAttributedString::plainBacking()
+{
+    return typeid(*this) == typeid(MutableAttributedString) ? &m_backing : nullptr;
+}
+
 void MutableAttributedString::addAttribute(const QString& name, const QVariant& value, Range range)
 {
+    if (AttributedString* backing = plainBacking())
+        return backing->addAttribute(name, value, range);
     const qsizetype end = std::min(range.end(), length());
     EditingBatch batch(*this);
     for (qsizetype pos = std::max<qsizetype>(range.location, 0); pos < end;) {
@@ -68,6 +76,8 @@ void MutableAttributedString::addAttribute(const QString& name, const QVariant& 
 
 void MutableAttributedString::removeAttribute(const QString& name, Range range)
 {
+    if (AttributedString* backing = plainBacking())
+        return backing->removeAttribute(name, range);
     const qsizetype end = std::min(range.end(), length());
     EditingBatch batch(*this);
     for (qsizetype pos = std::max<qsizetype>(range.location, 0); pos < end;) {
@@ -82,6 +92,8 @@ void MutableAttributedString::removeAttribute(const QString& name, Range range)
 
 void MutableAttributedString::replaceCharacters(Range range, const AttributedString& text)
 {
+    if (AttributedString* backing = plainBacking())
+        return backing->replaceCharacters(range, text);
     EditingBatch batch(*this);
     replaceCharacters(range, text.string());
     qsizetype offset = range.location;

@@ -49,6 +49,10 @@ public:
     /// Replaces the whole text.
     void setAttributedString(const AttributedString& text) { replaceCharacters(Range{0, length()}, text); }
 
+    /// The backing string when this is the plain class, which keeps its text nowhere else: passes that
+    /// edit a whole text may edit it directly. Null for subclasses, whose edits go through the primitives.
+    AttributedString* plainBacking();
+
 protected:
     /// The whole text assembled through string() and attributes().
     AttributedString attributedStringFromPrimitives() const;

@@ -39,32 +39,44 @@ void removeLinkedNoteAttributes(MutableAttributedString& text, Range range)
         text.removeAttribute(name, range);
 }
 
-// The edits go to the text and to a copy of it, which answers the questions asked between edits
-// (words, attributes) without assembling the text again from a storage's primitives.
+// The text being converted and a value copy of it for the many reads between edits (reading a text
+// storage through its primitives would assemble a snapshot each time). A plain text is read and edited
+// in place: its backing string is that copy already.
 class MirroredText {
 public:
-    explicit MirroredText(MutableAttributedString& text) : m_text(text), m_copy(text.attributedString()) { }
+    explicit MirroredText(MutableAttributedString& text) : m_text(text), m_plain(text.plainBacking())
+    {
+        if (!m_plain)
+            m_copy = text.attributedString();
+    }
 
-    const AttributedString& copy() const { return m_copy; }
+    const AttributedString& copy() const { return m_plain ? *m_plain : m_copy; }
     void replace(Range range, const AttributedString& replacement)
     {
+        if (m_plain)
+            return m_plain->replaceCharacters(range, replacement);
         m_text.replaceCharacters(range, replacement);
         m_copy.replaceCharacters(range, replacement);
     }
     void remove(Range range) { replace(range, AttributedString()); }
     void addAttribute(const QString& name, const QVariant& value, Range range)
     {
+        if (m_plain)
+            return m_plain->addAttribute(name, value, range);
         m_text.addAttribute(name, value, range);
         m_copy.addAttribute(name, value, range);
     }
     void removeLinkedNote(Range range)
     {
+        if (m_plain)
+            return removeLinkedNoteAttributes(*m_plain, range);
         removeLinkedNoteAttributes(m_text, range);
         removeLinkedNoteAttributes(m_copy, range);
     }
 
 private:
     MutableAttributedString& m_text;
+    AttributedString* const m_plain;
     AttributedString m_copy;
 };
 
