@@ -8,9 +8,11 @@
 #include <QImage>
 
 #include <qlyappkit/interchange/rtf/ExtendedRTFReader.h>
+#include <qlyappkit/interchange/rtf/RTFImportRepairs.h>
 #include <qlyappkit/interchange/rtf/RTFImportTags.h>
 #include <qlyappkit/interchange/rtf/RTFOptions.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/TextStorage.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/platform/values/TextAttachment.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
@@ -294,4 +296,40 @@ TEST(ExtendedRTFReader, RefusesWhatIsNotRTFAndSurvivesBrokenRTF)
         "{\\rtf1 One}} two {\\pict\\bin4 {}{} three {\\pict\\pngblip 89504e", nullptr, {}, {});
     ASSERT_TRUE(odd);
     EXPECT_TRUE(odd->string().contains(QStringLiteral("One")));
+}
+
+TEST(ExtendedRTFReader, CommentRangesApplyAlikeToAPlainTextAndAStorage)
+{
+    // A plain text is rebuilt in one pass; a storage hears of each deletion. Both must end alike.
+    const QVariant annotation = QVariant::fromValue(Color::standardAnnotationColor());
+    AttributedString source;
+    source.append(QStringLiteral("Before ") + XQRTFImportCommentStartTag + QStringLiteral("ranged words")
+                      + XQRTFImportCommentEndTag,
+                  {});
+    source.append(QStringLiteral("Note one"), {{XQAnnotationAttributeName, annotation}});
+    source.append(QStringLiteral(" between ") + XQRTFImportCommentStartTag + QStringLiteral("second")
+                      + XQRTFImportCommentEndTag,
+                  {});
+    source.append(QStringLiteral("Note two"), {{XQAnnotationAttributeName, annotation}});
+    source.append(QStringLiteral(" after, loose"), {});
+    source.append(QStringLiteral("Loose note"), {{XQAnnotationAttributeName, annotation}});
+    source.append(QStringLiteral(" end."), {});
+
+    MutableAttributedString plain(source);
+    TextStorage storage(source);
+    convertInlineAnnotationsToMarginCommentsApplyingRangesUsingImportTags(plain);
+    convertInlineAnnotationsToMarginCommentsApplyingRangesUsingImportTags(storage);
+    for (const AttributedString& text : {plain.attributedString(), storage.attributedString()}) {
+        EXPECT_EQ(text.string(), QStringLiteral("Before ranged words between second after, loose end."));
+        const std::vector<Note> notes = marginNotes(text);
+        ASSERT_EQ(notes.size(), 3u);
+        EXPECT_EQ(notes[0].anchor, QStringLiteral("ranged words"));
+        EXPECT_EQ(notes[0].text, QStringLiteral("Note one"));
+        EXPECT_EQ(notes[1].anchor, QStringLiteral("second"));
+        EXPECT_EQ(notes[1].text, QStringLiteral("Note two"));
+        EXPECT_EQ(notes[2].text, QStringLiteral("Loose note"));
+        EXPECT_TRUE(runsOf(text, XQAnnotationAttributeName).empty());
+    }
+    EXPECT_NE(plain.plainBacking(), nullptr);
+    EXPECT_EQ(storage.plainBacking(), nullptr);
 }

@@ -141,8 +141,7 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
                          const std::vector<RangedComment>& comments, const std::vector<Range>& separators)
 {
     const AttributedString original = text.attributedString();
-    // Comments go on first, in the text's own positions; then markers and used annotations are deleted
-    // from the end, so that each deletion leaves the positions before it alone.
+    // Comments go on first, in the text's own positions; then markers and used annotations are deleted.
     std::vector<RangedComment> outerFirst = comments;
     // A character holds one comment: a range inside another goes on last, so that both keep text.
     std::stable_sort(outerFirst.begin(), outerFirst.end(),
@@ -158,19 +157,30 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
                           Range::fromBounds(c.from, c.to));
         deletions.push_back(c.annotation);
     }
-    std::sort(deletions.begin(), deletions.end(), [](Range a, Range b) { return a.location > b.location; });
+    std::sort(deletions.begin(), deletions.end(), [](Range a, Range b) { return a.location < b.location; });
+    // Overlaps cannot happen between markers and annotations; a deletion starting inside the one
+    // before is clipped anyway.
+    if (AttributedString* plain = text.plainBacking()) {
+        std::vector<AttributedString::Replacement> removals;
+        removals.reserve(deletions.size());
+        for (const Range& r : deletions)
+            removals.push_back({r, AttributedString()});
+        *plain = plain->replacingRanges(removals);
+        return;
+    }
+    // A storage hears of each deletion, from the end so that each leaves the positions before it alone.
     qsizetype limit = text.length();
-    for (const Range& r : deletions) {
-        // Overlaps cannot happen between markers and annotations; guard anyway.
-        const Range clipped = Range::fromBounds(r.location, std::min(r.end(), limit));
+    for (auto r = deletions.rbegin(); r != deletions.rend(); ++r) {
+        const Range clipped = Range::fromBounds(r->location, std::min(r->end(), limit));
         if (clipped.length > 0)
             text.deleteCharacters(clipped);
-        limit = std::min(limit, r.location);
+        limit = std::min(limit, r->location);
     }
 }
 
 void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)
 {
+    bool annotationsLeft = true;
     {
         EditingBatch batch(text);
         const QString s = text.string();
@@ -190,8 +200,11 @@ void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)
             comments = pairedByPosition(markers, annotations);
         if (!markers.empty() || !separators.empty())
             applyRangedComments(text, markers, comments.value_or(std::vector<RangedComment>()), separators);
+        // Each ranged comment used an annotation of its own.
+        annotationsLeft = !comments || comments->size() < annotations.size();
     }
-    convertInlineAnnotationsToMarginComments(text);
+    if (annotationsLeft)
+        convertInlineAnnotationsToMarginComments(text);
 }
 
 } // namespace

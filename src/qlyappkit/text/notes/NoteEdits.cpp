@@ -27,17 +27,11 @@ AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdi
         }
         merged.push_back(std::move(edit));
     }
-    AttributedString out = text;
-    for (auto it = merged.rbegin(); it != merged.rend(); ++it) {
-        if (it->rich) {
-            out.replaceCharacters(it->range, *it->rich);
-        } else {
-            out.replaceCharacters(it->range, it->text);
-            if (!it->text.isEmpty())
-                out.setAttributes(it->attributes, Range{it->range.location, it->text.size()});
-        }
-    }
-    return out;
+    std::vector<AttributedString::Replacement> replacements;
+    replacements.reserve(merged.size());
+    for (const TextEdit& edit : merged)
+        replacements.push_back({edit.range, edit.replacement()});
+    return text.replacingRanges(replacements);
 }
 
 Attributes withoutAttributes(Attributes attributes, std::initializer_list<QString> names)
