@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <QRandomGenerator>
+#include <algorithm>
 #include <tuple>
 #include <vector>
 
 #include <qlyappkit/platform/strings/CharacterSets.h>
 #include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/ReplacedPositions.h>
 #include <qlyappkit/platform/text/WordCounting.h>
 
 using namespace qly;
@@ -140,7 +142,21 @@ TEST(AttributedString, RandomEditsMatchReference)
                 made.emplace_back(Range::fromBounds(start, end), t, attrs);
                 from = end;
             }
+            const QString oldText = s.string();
             s = s.replacingRanges(batch);
+            // Every character outside the replaced ranges is found where its position lands; a
+            // position inside one lands where the text after it does.
+            const ReplacedPositions landed(batch, oldText.size());
+            const QString newText = s.string();
+            for (qsizetype p = 0; p < oldText.size(); ++p) {
+                const auto holder = std::find_if(made.begin(), made.end(), [&](const auto& m) {
+                    return std::get<0>(m).contains(p);
+                });
+                if (holder == made.end())
+                    ASSERT_EQ(newText.at(landed.map(p)), oldText.at(p)) << "step " << step << " at " << p;
+                else
+                    ASSERT_EQ(landed.map(p), landed.mapBoundary(std::get<0>(*holder).end())) << "step " << step;
+            }
             for (auto it = made.rbegin(); it != made.rend(); ++it) {
                 const auto& [range, t, attrs] = *it;
                 ref.replace(range, t, std::vector<Attributes>(size_t(t.size()), attrs));
@@ -336,4 +352,20 @@ TEST(AttributedString, WalksSeeTheTextAsItWasWhenTheCallbackEditsIt)
     int calls = 0;
     s.enumerateAttributes(Range{0, s.length()}, [&](const Attributes&, Range) { return ++calls < 1; });
     EXPECT_EQ(calls, 1);
+}
+
+TEST(AttributedString, ARangeLandsWithoutTextInsertedAtItsEnds)
+{
+    const AttributedString s(QStringLiteral("abcdef"));
+    const std::vector<AttributedString::Replacement> batch{{Range{2, 0}, AttributedString(QStringLiteral("XY"))},
+                                                           {Range{3, 1}, AttributedString()},
+                                                           {Range{6, 0}, AttributedString(QStringLiteral("Z"))}};
+    const AttributedString out = s.replacingRanges(batch);
+    ASSERT_EQ(out.string(), QStringLiteral("abXYcefZ"));
+    const ReplacedPositions landed(batch, s.length());
+    EXPECT_EQ(out.substring(landed.map(Range{2, 4})), QStringLiteral("cef"));
+    EXPECT_EQ(landed.map(2), 4);         // the 'c' comes after the text inserted before it
+    EXPECT_EQ(landed.mapBoundary(2), 2); // a boundary there stays before that text
+    EXPECT_EQ(landed.map(3), 5);         // the deleted 'd': where the text after it went
+    EXPECT_EQ(landed.map(Range{6, 0}), (Range{7, 0}));
 }

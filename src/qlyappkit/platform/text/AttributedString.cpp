@@ -141,7 +141,7 @@ std::pair<qsizetype, qsizetype> AttributedStringData::locate(qsizetype pos) cons
 
 // ---------------------------------------------------------------- editing
 
-std::vector<LeafPtr> AttributedStringData::makeLeaves(const TextPiece& piece) const
+std::vector<LeafPtr> AttributedStringData::makeLeaves(TextPiece&& piece) const
 {
     std::vector<LeafPtr> out;
     const qsizetype n = piece.text.size();
@@ -161,9 +161,14 @@ std::vector<LeafPtr> AttributedStringData::makeLeaves(const TextPiece& piece) co
         leaf->text.append(QStringView(piece.text).mid(start, len));
         while (run + 1 < piece.runs.size() && piece.runs[run + 1].start <= start)
             ++run;
-        for (size_t r = run; r < piece.runs.size() && piece.runs[r].start < start + len; ++r)
+        for (size_t r = run; r < piece.runs.size() && piece.runs[r].start < start + len; ++r) {
+            const qsizetype runStart = std::max<qsizetype>(piece.runs[r].start - start, 0);
+            // A run that goes on into the next leaf is copied; otherwise its dictionary moves, which
+            // spares a reference count update on memory the next pass may not have cached.
+            const bool goesOn = (r + 1 < piece.runs.size() ? piece.runs[r + 1].start : n) > start + len;
             leaf->runs.push_back(
-                TextRun{std::max<qsizetype>(piece.runs[r].start - start, 0), piece.runs[r].attributes});
+                TextRun{runStart, goesOn ? piece.runs[r].attributes : std::move(piece.runs[r].attributes)});
+        }
         out.push_back(leaf);
     }
     return out;
@@ -206,7 +211,7 @@ Attributes AttributedStringData::attributesForReplacing(Range range) const
 void AttributedStringData::replace(Range range, const TextPiece& piece)
 {
     if (leaves.empty()) {
-        leaves = makeLeaves(piece);
+        leaves = makeLeaves(TextPiece(piece));
         rebuildTree();
         return;
     }
@@ -301,7 +306,7 @@ void AttributedStringData::replaceAcrossLeaves(qsizetype k0, qsizetype k1, Range
                         piece.runs[r].attributes);
     }
     copyToPiece(Range{range.end(), limit - range.end()}, combined);
-    std::vector<LeafPtr> fresh = makeLeaves(combined);
+    std::vector<LeafPtr> fresh = makeLeaves(std::move(combined));
     leaves.erase(leaves.begin() + k0, leaves.begin() + k1 + 1);
     leaves.insert(leaves.begin() + k0, fresh.begin(), fresh.end());
     rebuildTreeFrom(k0);
@@ -344,7 +349,7 @@ AttributedString::AttributedString(const QString& text, const Attributes& attrib
 {
     TextPiece piece;
     piece.append(text, attributes);
-    d->leaves = d->makeLeaves(piece);
+    d->leaves = d->makeLeaves(std::move(piece));
     d->rebuildTree();
 }
 
@@ -512,7 +517,7 @@ AttributedString AttributedString::attributedSubstring(Range range) const
     TextPiece pending;
     auto flush = [&]() {
         if (!pending.text.isEmpty()) {
-            std::vector<LeafPtr> fresh = out.d->makeLeaves(pending);
+            std::vector<LeafPtr> fresh = out.d->makeLeaves(std::move(pending));
             out.d->leaves.insert(out.d->leaves.end(), fresh.begin(), fresh.end());
             pending = TextPiece();
         }
@@ -679,7 +684,7 @@ AttributedString AttributedString::replacingRanges(const std::vector<Replacement
         d->copyToPiece(Range{pos, n - pos}, piece);
     AttributedString out;
     out.detach();
-    out.d->leaves = out.d->makeLeaves(piece);
+    out.d->leaves = out.d->makeLeaves(std::move(piece)); // takes the dictionaries, not the text
     out.d->rebuildTree();
     // The whole text was assembled on the way: it is the string, ready for the next pass that asks.
     out.d->cache = std::move(piece.text);

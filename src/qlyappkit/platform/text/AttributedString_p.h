@@ -74,8 +74,8 @@ public:
     template <typename Visit> void forEachRun(Range range, Visit visit) const;
     /// Appends the text and runs of range to piece.
     void copyToPiece(Range range, TextPiece& piece) const;
-    /// Splits the piece into new leaves of at most the fill size.
-    std::vector<LeafPtr> makeLeaves(const TextPiece& piece) const;
+    /// Splits the piece into new leaves of at most the fill size (its dictionaries move to them).
+    std::vector<LeafPtr> makeLeaves(TextPiece&& piece) const;
     void invalidate()
     {
         cacheValid = false;
