@@ -7,6 +7,7 @@
 #include <QSet>
 #include <vector>
 
+#include <qlyappkit/platform/text/ReplacedPositions.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
 #include <qlyappkit/text/comments/XQComment.h>
 #include <qlyappkit/text/editing/AttributedStringEditing.h>
@@ -141,11 +142,11 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
                          const std::vector<RangedComment>& comments, const std::vector<Range>& separators)
 {
     const AttributedString original = text.attributedString();
-    // Comments go on first, in the text's own positions; then markers and used annotations are deleted.
-    std::vector<RangedComment> outerFirst = comments;
     // A character holds one comment: a range inside another goes on last, so that both keep text.
+    std::vector<RangedComment> outerFirst = comments;
     std::stable_sort(outerFirst.begin(), outerFirst.end(),
                      [](const RangedComment& a, const RangedComment& b) { return a.to - a.from > b.to - b.from; });
+    std::vector<std::pair<Range, QVariant>> commented;
     std::vector<Range> deletions;
     for (const Marker& m : markers)
         deletions.push_back(Range{m.at, markerLength(m)});
@@ -153,22 +154,30 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
     for (const RangedComment& c : outerFirst) {
         AttributedString note = attributedStringByTrimmingWhitespace(original.attributedSubstring(c.annotation));
         note.removeAttribute(XQAnnotationAttributeName, Range{0, note.length()});
-        text.addAttribute(XQCommentAttributeName, variantFromComment(XQComment::create(note, false)),
-                          Range::fromBounds(c.from, c.to));
+        commented.emplace_back(Range::fromBounds(c.from, c.to), variantFromComment(XQComment::create(note, false)));
         deletions.push_back(c.annotation);
     }
-    std::sort(deletions.begin(), deletions.end(), [](Range a, Range b) { return a.location < b.location; });
     // Overlaps cannot happen between markers and annotations; a deletion starting inside the one
     // before is clipped anyway.
+    std::sort(deletions.begin(), deletions.end(), [](Range a, Range b) { return a.location < b.location; });
+
     if (AttributedString* plain = text.plainBacking()) {
+        // A plain text is rebuilt without the deleted parts in one pass, then commented where the
+        // ranges landed.
         std::vector<AttributedString::Replacement> removals;
         removals.reserve(deletions.size());
         for (const Range& r : deletions)
             removals.push_back({r, AttributedString()});
         *plain = plain->replacingRanges(removals);
+        const ReplacedPositions landed(removals, original.length());
+        for (const auto& [range, comment] : commented)
+            plain->addAttribute(XQCommentAttributeName, comment, landed.map(range));
         return;
     }
-    // A storage hears of each deletion, from the end so that each leaves the positions before it alone.
+    // A storage hears of each edit: comments go on in the text's own positions, then the deletions
+    // are made from the end, so that each leaves the positions before it alone.
+    for (const auto& [range, comment] : commented)
+        text.addAttribute(XQCommentAttributeName, comment, range);
     qsizetype limit = text.length();
     for (auto r = deletions.rbegin(); r != deletions.rend(); ++r) {
         const Range clipped = Range::fromBounds(r->location, std::min(r->end(), limit));

@@ -8,7 +8,8 @@
 
 namespace qly::notes {
 
-AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdit> edits)
+AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdit> edits,
+                               std::vector<AttributedString::Replacement>* made)
 {
     if (edits.empty())
         return text;
@@ -31,7 +32,10 @@ AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdi
     replacements.reserve(merged.size());
     for (const TextEdit& edit : merged)
         replacements.push_back({edit.range, edit.replacement()});
-    return text.replacingRanges(replacements);
+    AttributedString out = text.replacingRanges(replacements);
+    if (made)
+        *made = std::move(replacements);
+    return out;
 }
 
 Attributes withoutAttributes(Attributes attributes, std::initializer_list<QString> names)

@@ -9,6 +9,7 @@
 
 #include <qlyappkit/platform/strings/NumberParsing.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
+#include <qlyappkit/platform/text/ReplacedPositions.h>
 #include <qlyappkit/platform/values/Font.h>
 #include <qlyappkit/text/attributes/AttributeQueries.h>
 #include <qlyappkit/text/attributes/XQAttributeNames.h>
@@ -188,7 +189,14 @@ AttributedString applyPass(const AttributedString& text, const QString& name, co
 {
     if (marked.empty() && removals.empty())
         return text;
-    AttributedString out = text;
+    // The markers go first, in one pass that makes a text of its own; the runs are then marked on it
+    // where they landed, so no leaf of the old text is copied to be marked and then dropped.
+    std::vector<AttributedString::Replacement> made;
+    AttributedString out = notes::applyingEdits(text, std::move(removals), &made);
+    const ReplacedPositions landed(made, text.length());
+    const auto mark = [&](const QVariant& value, qsizetype from, qsizetype to) {
+        out.addAttribute(name, value, landed.map(Range::fromBounds(from, to)));
+    };
     // A later tag wins where two overlap (as when they are read one by one). Going from the last tag
     // back, each sets only what no later one covers, so nested tags cost no more than their length.
     std::map<qsizetype, qsizetype> covered; // disjoint, start → end
@@ -205,15 +213,15 @@ AttributedString applyPass(const AttributedString& text, const QString& name, co
         qsizetype gap = start;
         while (it != covered.end() && it->first <= end) {
             if (gap < it->first)
-                out.addAttribute(name, m->value, Range::fromBounds(std::max(gap, m->range.location), it->first));
+                mark(m->value, std::max(gap, m->range.location), it->first);
             gap = std::max(gap, it->second);
             it = covered.erase(it);
         }
         if (gap < end)
-            out.addAttribute(name, m->value, Range::fromBounds(std::max(gap, m->range.location), end));
+            mark(m->value, std::max(gap, m->range.location), end);
         covered.emplace(start, std::max(gap, end));
     }
-    return notes::applyingEdits(out, std::move(removals));
+    return out;
 }
 
 enum class ColourForm { Decimal, Hexadecimal };
