@@ -183,9 +183,17 @@ void AttributedStringData::copyToPiece(Range range, TextPiece& piece) const
     while (remaining > 0 && k < leafCount()) {
         const TextLeaf& l = leaf(k);
         qsizetype r = l.runIndex(off);
+        const qsizetype firstRun = r;
         while (remaining > 0 && r < qsizetype(l.runs.size())) {
             const qsizetype end = std::min(l.runEnd(r), off + remaining);
-            piece.append(QStringView(l.text).mid(off, end - off), l.runs[size_t(r)].attributes);
+            if (r == firstRun) {
+                piece.append(QStringView(l.text).mid(off, end - off), l.runs[size_t(r)].attributes);
+            } else {
+                // Neighbouring runs of a leaf never hold equal dictionaries: no need to compare them,
+                // which for dictionaries that are not shared means walking both.
+                piece.runs.push_back(TextRun{piece.text.size(), l.runs[size_t(r)].attributes});
+                piece.text.append(QStringView(l.text).mid(off, end - off));
+            }
             remaining -= end - off;
             off = end;
             ++r;
