@@ -4,12 +4,15 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QBuffer>
+#include <QImage>
 #include <QRandomGenerator>
 #include <algorithm>
 #include <functional>
 #include <iterator>
 #include <vector>
 
+#include <qlyappkit/platform/text/AttributedString.h>
 #include <qlyappkit/platform/text/Attributes.h>
 #include <qlyappkit/platform/text/PlatformAttributes.h>
 #include <qlyappkit/platform/values/Font.h>
@@ -73,6 +76,47 @@ inline QString manuscriptText(int words, quint32 seed)
             text += QLatin1Char(' ');
         }
     }
+    return text;
+}
+
+/// A picture of random pixels, so that PNG cannot shrink it (as it cannot shrink photographs).
+inline QByteArray noisyPNG(QRandomGenerator& rng, int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, rng.generate() | 0xff000000u);
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+/// Prose of `words` words in the body attributes (about one line break in 40 words) with `features`
+/// features spread evenly through it: after each stretch of words, addFeature(text, index) appends
+/// feature number index (from 0). The words are drawn from rng, which features may draw from too.
+inline AttributedString manuscriptWithFeatures(int words, int features, QRandomGenerator& rng,
+                                               const Attributes& body,
+                                               const std::function<void(AttributedString&, int)>& addFeature)
+{
+    static const char* vocabulary[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
+                                       "written", "over",       "years", "chapter", "and",  "scene"};
+    const int wordsPerFeature = words / features;
+    AttributedString text;
+    QString chunk;
+    int feature = 0;
+    for (int w = 0; w < words; ++w) {
+        chunk += QLatin1String(vocabulary[rng.bounded(int(std::size(vocabulary)))]);
+        chunk += rng.bounded(40) == 0 ? QLatin1Char('\n') : QLatin1Char(' ');
+        if (w % wordsPerFeature != wordsPerFeature - 1 || feature >= features)
+            continue;
+        text.append(chunk, body);
+        chunk.clear();
+        addFeature(text, feature++);
+    }
+    text.append(chunk, body);
     return text;
 }
 

@@ -26,51 +26,39 @@ namespace {
 
 AttributedString makeManuscript(int scale)
 {
-    static const char* words[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
-                                  "written", "over",       "years", "chapter", "and",  "scene"};
     QRandomGenerator rng(7);
     const Attributes body{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))}};
-    const int totalWords = 200'000 * scale;
     const int footnotes = 2000 * scale, comments = 500 * scale, annotations = 200 * scale;
     const int bookmarks = 100 * scale, sections = 50 * scale;
-    AttributedString text;
-    QString chunk;
-    int feature = 0;
     const int features = footnotes + comments + annotations + bookmarks + sections;
-    const int wordsPerFeature = totalWords / features;
-    for (int w = 0; w < totalWords; ++w) {
-        chunk += QLatin1String(words[rng.bounded(12)]);
-        chunk += rng.bounded(40) == 0 ? QLatin1Char('\n') : QLatin1Char(' ');
-        if (w % wordsPerFeature != wordsPerFeature - 1 || feature >= features)
-            continue;
-        text.append(chunk, body);
-        chunk.clear();
-        const int k = feature++ % 29;
-        Attributes a = body;
-        if (k < 16) {
-            a.insert(XQFootnoteAttributeName, 1);
-            text.append(QStringLiteral("A footnote with some words in it."), a);
-        } else if (k < 20) {
-            auto c = XQComment::create(AttributedString(QStringLiteral("A comment on this."), body));
-            a.insert(XQCommentAttributeName, variantFromComment(c));
-            text.append(QStringLiteral("anchor words"), a);
-        } else if (k < 22) {
-            a.insert(XQAnnotationAttributeName, QVariant::fromValue(Color(1, 0, 0)));
-            text.append(QStringLiteral("an annotation"), a);
-        } else if (k < 23) {
-            a.insert(XQRTFBookmarkAttributeName, QStringLiteral("Mark%1").arg(feature));
-            text.append(QStringLiteral("marked"), a);
-        } else if (k < 24) {
-            text.append(QStringLiteral("\n"), body);
-            a.insert(XQRTFSectionInfoAttributeName,
-                     QVariantMap{{XQRTFSectionTitle, QStringLiteral("Section %1").arg(feature)}});
-            text.append(QStringLiteral("Section heading\n"), a);
-        } else {
-            a.insert(XQFootnoteAttributeName, 2);
-            text.append(QStringLiteral("Another note."), a);
-        }
-    }
-    text.append(chunk, body);
+    const AttributedString text = qly::bench::manuscriptWithFeatures(
+        200'000 * scale, features, rng, body, [&](AttributedString& out, int index) {
+            const int k = index % 29;
+            const int number = index + 1;
+            Attributes a = body;
+            if (k < 16) {
+                a.insert(XQFootnoteAttributeName, 1);
+                out.append(QStringLiteral("A footnote with some words in it."), a);
+            } else if (k < 20) {
+                auto c = XQComment::create(AttributedString(QStringLiteral("A comment on this."), body));
+                a.insert(XQCommentAttributeName, variantFromComment(c));
+                out.append(QStringLiteral("anchor words"), a);
+            } else if (k < 22) {
+                a.insert(XQAnnotationAttributeName, QVariant::fromValue(Color(1, 0, 0)));
+                out.append(QStringLiteral("an annotation"), a);
+            } else if (k < 23) {
+                a.insert(XQRTFBookmarkAttributeName, QStringLiteral("Mark%1").arg(number));
+                out.append(QStringLiteral("marked"), a);
+            } else if (k < 24) {
+                out.append(QStringLiteral("\n"), body);
+                a.insert(XQRTFSectionInfoAttributeName,
+                         QVariantMap{{XQRTFSectionTitle, QStringLiteral("Section %1").arg(number)}});
+                out.append(QStringLiteral("Section heading\n"), a);
+            } else {
+                a.insert(XQFootnoteAttributeName, 2);
+                out.append(QStringLiteral("Another note."), a);
+            }
+        });
     return attributedStringByConvertingLinkedCommentsToInlineAttributesWithCommentOption(text, InlineLinkedComments);
 }
 

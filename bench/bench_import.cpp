@@ -8,9 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QBuffer>
 #include <QFile>
-#include <QImage>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -31,19 +29,10 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
+// About 8 KB of PNG each.
 TextAttachment picture(QRandomGenerator& rng, int number)
 {
-    // Noise compresses badly, as photographs do: about 8 KB of PNG each.
-    QImage image(60, 45, QImage::Format_RGB32);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, rng.generate() | 0xff000000u);
-    }
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    TextAttachment attachment(QStringLiteral("figure%1.png").arg(number), bytes);
+    TextAttachment attachment(QStringLiteral("figure%1.png").arg(number), qly::bench::noisyPNG(rng, 60, 45));
     attachment.setBounds(QSizeF(240, 180));
     return attachment;
 }
@@ -51,44 +40,30 @@ TextAttachment picture(QRandomGenerator& rng, int number)
 // A stored manuscript of scale × 200k words with its notes spread evenly through it.
 AttributedString storedManuscript(int scale)
 {
-    static const char* words[] = {"the",     "manuscript", "of",    "a",       "long", "novel",
-                                  "written", "over",       "years", "chapter", "and",  "scene"};
     QRandomGenerator rng(23);
     const Attributes body{{FontAttributeName, QVariant::fromValue(Font(QStringLiteral("Times"), 12))}};
-    const int totalWords = 200'000 * scale;
     const int footnotes = 2000 * scale, comments = 500 * scale, pictures = 20 * scale;
-    const int features = footnotes + comments + pictures;
-    const int wordsPerFeature = totalWords / features;
-    AttributedString text;
-    QString chunk;
-    int feature = 0, made = 0;
-    for (int w = 0; w < totalWords; ++w) {
-        chunk += QLatin1String(words[rng.bounded(12)]);
-        chunk += rng.bounded(40) == 0 ? QLatin1Char('\n') : QLatin1Char(' ');
-        if (w % wordsPerFeature != wordsPerFeature - 1 || feature >= features)
-            continue;
-        text.append(chunk, body);
-        chunk.clear();
-        // Of every 126 features: 100 footnotes, 25 comments, 1 picture.
-        const int k = feature++ % 126;
-        Attributes a = body;
-        if (k < 100) {
-            auto note =
-                XQComment::create(AttributedString(QStringLiteral("A footnote with some words in it."), body), true);
-            a.insert(XQCommentAttributeName, variantFromComment(note));
-            text.append(QStringLiteral("noted"), a);
-        } else if (k < 125) {
-            auto comment = XQComment::create(AttributedString(QStringLiteral("A comment on these words."), body));
-            a.insert(XQCommentAttributeName, variantFromComment(comment));
-            text.append(QStringLiteral("a commented phrase"), a);
-        } else {
-            a.insert(AttachmentAttributeName, QVariant::fromValue(picture(rng, ++made)));
-            text.append(QString(QChar(AttachmentCharacter)), a);
-        }
-        text.append(QStringLiteral(" "), body);
-    }
-    text.append(chunk, body);
-    return text;
+    int made = 0;
+    return qly::bench::manuscriptWithFeatures(
+        200'000 * scale, footnotes + comments + pictures, rng, body, [&](AttributedString& text, int feature) {
+            // Of every 126 features: 100 footnotes, 25 comments, 1 picture.
+            const int k = feature % 126;
+            Attributes a = body;
+            if (k < 100) {
+                auto note = XQComment::create(AttributedString(QStringLiteral("A footnote with some words in it."), body),
+                                              true);
+                a.insert(XQCommentAttributeName, variantFromComment(note));
+                text.append(QStringLiteral("noted"), a);
+            } else if (k < 125) {
+                auto comment = XQComment::create(AttributedString(QStringLiteral("A comment on these words."), body));
+                a.insert(XQCommentAttributeName, variantFromComment(comment));
+                text.append(QStringLiteral("a commented phrase"), a);
+            } else {
+                a.insert(AttachmentAttributeName, QVariant::fromValue(picture(rng, ++made)));
+                text.append(QString(QChar(AttachmentCharacter)), a);
+            }
+            text.append(QStringLiteral(" "), body);
+        });
 }
 
 const QByteArray& wordProcessorRTF(int scale)

@@ -3,9 +3,7 @@
 // process held before it (as a multiple of the file's size).
 #include "BenchSupport.h"
 
-#include <QBuffer>
 #include <QFile>
-#include <QImage>
 #include <QRandomGenerator>
 #include <malloc.h>
 
@@ -23,20 +21,11 @@ namespace {
 AttributedString g_manuscript;
 QByteArray g_stored;
 
-// A noisy picture, so that PNG cannot shrink it: about 100 KB.
+// A noisy picture: about 100 KB of PNG.
 QByteArray noisyPNG(quint32 seed)
 {
     QRandomGenerator rng(seed);
-    QImage image(185, 185, QImage::Format_RGB32);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, rng.generate() | 0xff000000u);
-    }
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
+    return qly::bench::noisyPNG(rng, 185, 185);
 }
 
 AttributedString manuscript()
