@@ -570,6 +570,35 @@ void AttributedStringData::forEachRun(Range range, Visit visit) const
     }
 }
 
+namespace {
+
+// Calls fn(value, range) for each longest stretch of runs inside range whose values (valueOf of a
+// run's dictionary, a pointer into it) are the same; fn returns false to stop. It walks the data it is
+// given, which the caller holds as a snapshot.
+template <typename ValueOf, typename Same, typename Fn>
+void forEachStretch(const AttributedStringData& data, Range range, ValueOf valueOf, Same same, Fn fn)
+{
+    decltype(valueOf(std::declval<const Attributes&>())) current = nullptr;
+    qsizetype currentStart = range.location;
+    bool stopped = false;
+    data.forEachRun(range, [&](const Attributes& attrs, qsizetype from, qsizetype) {
+        const auto value = valueOf(attrs);
+        if (current && same(*current, *value))
+            return true;
+        if (current && !fn(*current, Range::fromBounds(currentStart, from))) {
+            stopped = true;
+            return false;
+        }
+        current = value;
+        currentStart = from;
+        return true;
+    });
+    if (!stopped && current)
+        fn(*current, Range::fromBounds(currentStart, range.end()));
+}
+
+} // namespace
+
 void AttributedString::enumerateAttributes(Range range, const std::function<bool(const Attributes&, Range)>& fn) const
 {
     const qsizetype start = std::clamp<qsizetype>(range.location, 0, length());
@@ -577,23 +606,10 @@ void AttributedString::enumerateAttributes(Range range, const std::function<bool
     if (end <= start)
         return;
     const QExplicitlySharedDataPointer<AttributedStringData> snapshot = d;
-    const Attributes* current = nullptr;
-    qsizetype currentStart = start;
-    bool stopped = false;
     // Equal dictionaries on either side of a leaf boundary are one run.
-    snapshot->forEachRun(Range::fromBounds(start, end), [&](const Attributes& attrs, qsizetype from, qsizetype) {
-        if (current && sameAttributes(*current, attrs))
-            return true;
-        if (current && !fn(*current, Range::fromBounds(currentStart, from))) {
-            stopped = true;
-            return false;
-        }
-        current = &attrs;
-        currentStart = from;
-        return true;
-    });
-    if (!stopped && current)
-        fn(*current, Range::fromBounds(currentStart, end));
+    forEachStretch(
+        *snapshot, Range::fromBounds(start, end), [](const Attributes& attrs) { return &attrs; }, sameAttributes,
+        fn);
 }
 
 void AttributedString::enumerateAttribute(const QString& name, Range range,
@@ -605,24 +621,13 @@ void AttributedString::enumerateAttribute(const QString& name, Range range,
         return;
     const QExplicitlySharedDataPointer<AttributedStringData> snapshot = d;
     static const QVariant absent;
-    const QVariant* current = nullptr;
-    qsizetype currentStart = start;
-    bool stopped = false;
-    snapshot->forEachRun(Range::fromBounds(start, end), [&](const Attributes& attrs, qsizetype from, qsizetype) {
-        const auto found = attrs.constFind(name);
-        const QVariant* value = found == attrs.cend() ? &absent : &*found;
-        if (current && sameValue(*current, *value))
-            return true;
-        if (current && !fn(*current, Range::fromBounds(currentStart, from))) {
-            stopped = true;
-            return false;
-        }
-        current = value;
-        currentStart = from;
-        return true;
-    });
-    if (!stopped && current)
-        fn(*current, Range::fromBounds(currentStart, end));
+    forEachStretch(
+        *snapshot, Range::fromBounds(start, end),
+        [&](const Attributes& attrs) {
+            const auto found = attrs.constFind(name);
+            return found == attrs.cend() ? &absent : &*found;
+        },
+        sameValue, fn);
 }
 
 qsizetype AttributedString::runCount() const
@@ -663,30 +668,41 @@ void AttributedString::replaceCharacters(Range range, const AttributedString& te
     d->replace(Range{start, end - start}, piece);
 }
 
+std::vector<Range> clippedReplacementRanges(const std::vector<AttributedString::Replacement>& replacements,
+                                            qsizetype length)
+{
+    std::vector<Range> ranges;
+    ranges.reserve(replacements.size());
+    qsizetype pos = 0;
+    for (const AttributedString::Replacement& r : replacements) {
+        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, length);
+        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, length);
+        ranges.push_back(Range::fromBounds(start, end));
+        pos = end;
+    }
+    return ranges;
+}
+
 AttributedString AttributedString::replacingRanges(const std::vector<Replacement>& replacements) const
 {
     if (replacements.empty())
         return *this;
     // The text is copied front to back once, instead of moving each leaf's tail per replacement.
     const qsizetype n = length();
+    const std::vector<Range> ranges = clippedReplacementRanges(replacements, n);
     qsizetype resultLength = n;
-    for (qsizetype pos = 0; const Replacement& r : replacements) {
-        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, n);
-        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, n);
-        resultLength += r.text.length() - (end - start);
-        pos = end;
-    }
+    for (size_t i = 0; i < ranges.size(); ++i)
+        resultLength += replacements[i].text.length() - ranges[i].length;
     TextPiece piece;
     piece.text.reserve(resultLength);
     qsizetype pos = 0;
-    for (const Replacement& r : replacements) {
-        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, n);
-        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, n);
+    for (size_t i = 0; i < ranges.size(); ++i) {
         if (d)
-            d->copyToPiece(Range{pos, start - pos}, piece);
-        if (!r.text.isEmpty())
-            r.text.d->copyToPiece(Range{0, r.text.length()}, piece);
-        pos = end;
+            d->copyToPiece(Range::fromBounds(pos, ranges[i].location), piece);
+        const AttributedString& text = replacements[i].text;
+        if (!text.isEmpty())
+            text.d->copyToPiece(Range{0, text.length()}, piece);
+        pos = ranges[i].end();
     }
     if (d)
         d->copyToPiece(Range{pos, n - pos}, piece);

@@ -87,6 +87,11 @@ private:
     void replaceAcrossLeaves(qsizetype k0, qsizetype k1, Range range, const TextPiece& piece);
 };
 
+/// The ranges of a batch of replacements as replacingRanges makes them: within the text, and each
+/// starting no earlier than the end of the one before.
+std::vector<Range> clippedReplacementRanges(const std::vector<AttributedString::Replacement>& replacements,
+                                            qsizetype length);
+
 /// Merges equal neighbours among runs[from..to] (indexes clamped) and drops empty runs there.
 void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype from, qsizetype to);
 

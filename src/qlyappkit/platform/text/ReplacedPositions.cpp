@@ -2,23 +2,23 @@
 
 #include <algorithm>
 
+#include "AttributedString_p.h"
+
 namespace qly {
 
 ReplacedPositions::ReplacedPositions(const std::vector<AttributedString::Replacement>& replacements,
                                      qsizetype length)
 {
-    m_starts.reserve(replacements.size());
-    m_ends.reserve(replacements.size());
-    m_shiftAfter.reserve(replacements.size());
-    qsizetype pos = 0, shift = 0;
-    for (const AttributedString::Replacement& r : replacements) {
-        const qsizetype start = std::clamp<qsizetype>(r.range.location, pos, length);
-        const qsizetype end = std::clamp<qsizetype>(r.range.end(), start, length);
-        shift += r.text.length() - (end - start);
-        m_starts.push_back(start);
-        m_ends.push_back(end);
+    const std::vector<Range> ranges = clippedReplacementRanges(replacements, length);
+    m_starts.reserve(ranges.size());
+    m_ends.reserve(ranges.size());
+    m_shiftAfter.reserve(ranges.size());
+    qsizetype shift = 0;
+    for (size_t i = 0; i < ranges.size(); ++i) {
+        shift += replacements[i].text.length() - ranges[i].length;
+        m_starts.push_back(ranges[i].location);
+        m_ends.push_back(ranges[i].end());
         m_shiftAfter.push_back(shift);
-        pos = end;
     }
 }
 
