@@ -58,7 +58,8 @@ void replacePicturePlaceholders(AttributedString& text, const QString& s,
         // A picture shown smaller than its pixels at its own resolution is re-encoded at the size it
         // is shown; its resolution, and so its print quality, stays.
         const std::optional<QByteArray> resized =
-            rtfimport::resizedPictureMaintainingResolution(picture.data, picture.size, picture.isJPEG);
+            rtfimport::resizedPictureMaintainingResolution(picture.data, picture.pixels, picture.pixelsPerPoint,
+                                                           picture.size, picture.isJPEG);
         TextAttachment attachment(picture.fileName, resized ? *resized : picture.data);
         attachment.setBounds(picture.size);
         Attributes attributes = text.attributes(it->range.location);

@@ -88,24 +88,24 @@ std::optional<double> statedPixelsPerPoint(const QByteArray& data)
     return std::nullopt;
 }
 
-std::optional<QByteArray> resizedPictureMaintainingResolution(const QByteArray& data, QSizeF displaySize, bool isJPEG)
+std::optional<QByteArray> resizedPictureMaintainingResolution(const QByteArray& data, QSize pixels,
+                                                              double pixelsPerPoint, QSizeF displaySize,
+                                                              bool isJPEG)
 {
+    const QSize wanted(std::max(1, int(std::lround(displaySize.width() * pixelsPerPoint))),
+                       std::max(1, int(std::lround(displaySize.height() * pixelsPerPoint))));
+    if (!pixels.isValid() || wanted == pixels || wanted.width() > pixels.width() || wanted.height() > pixels.height())
+        return std::nullopt;
     QByteArray source = data;
     QBuffer in(&source);
     in.open(QIODevice::ReadOnly);
     QImageReader reader(&in);
-    const QSize pixels = reader.size();
-    const double perPoint = statedPixelsPerPoint(data).value_or(1.0);
-    const QSize wanted(std::max(1, int(std::lround(displaySize.width() * perPoint))),
-                       std::max(1, int(std::lround(displaySize.height() * perPoint))));
-    if (!pixels.isValid() || wanted == pixels || wanted.width() > pixels.width() || wanted.height() > pixels.height())
-        return std::nullopt;
     QImage image = reader.read();
     if (image.isNull())
         return std::nullopt;
     image = image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     // The new file states the resolution it was made at, the one assumed included.
-    const int dotsPerMetre = int(std::lround(perPoint * PointsPerInch / MetresPerInch));
+    const int dotsPerMetre = int(std::lround(pixelsPerPoint * PointsPerInch / MetresPerInch));
     image.setDotsPerMeterX(dotsPerMetre);
     image.setDotsPerMeterY(dotsPerMetre);
     QByteArray encoded;

@@ -17,10 +17,11 @@ QSizeF pictureDisplaySize(QSizeF ownSize, int goalWidth, int goalHeight, int sca
 std::optional<double> statedPixelsPerPoint(const QByteArray& data);
 
 /// The picture re-encoded (as JPEG or PNG) at the pixel size it needs to be shown at displaySize with
-/// its own resolution kept: its stated density, else one pixel per point as attachments measure. Nothing
-/// when that is the size it has, when it would need more pixels than it has (a picture is never given
-/// pixels it does not hold), or when it does not decode.
-std::optional<QByteArray> resizedPictureMaintainingResolution(const QByteArray& data, QSizeF displaySize,
+/// its own resolution (pixelsPerPoint) kept. Nothing when that is the pixel size it has, when it would
+/// need more pixels than it has (a picture is never given pixels it does not hold), or when it does not
+/// decode.
+std::optional<QByteArray> resizedPictureMaintainingResolution(const QByteArray& data, QSize pixels,
+                                                              double pixelsPerPoint, QSizeF displaySize,
                                                               bool isJPEG);
 
 } // namespace qly::rtfimport

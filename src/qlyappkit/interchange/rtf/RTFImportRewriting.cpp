@@ -313,8 +313,10 @@ private:
         picture.isJPEG = p.isJPEG;
         // The image's own size is its print size when the file states its resolution; otherwise it is
         // measured as attachments are, a pixel a point.
-        const double perPoint = statedPixelsPerPoint(*data).value_or(1.0);
-        picture.size = pictureDisplaySize(QSizeF(pixels) / perPoint, p.goalWidth, p.goalHeight, p.scaleX, p.scaleY);
+        picture.pixels = pixels;
+        picture.pixelsPerPoint = statedPixelsPerPoint(*data).value_or(1.0);
+        picture.size = pictureDisplaySize(QSizeF(pixels) / picture.pixelsPerPoint, p.goalWidth, p.goalHeight,
+                                          p.scaleX, p.scaleY);
         QString name = p.fileName;
         if (name.contains(u'\\'))
             name = stringFromRTFFragment(name).trimmed();

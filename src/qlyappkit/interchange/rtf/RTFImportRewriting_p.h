@@ -4,6 +4,7 @@
 // text markers, the old readers' alternative pictures go, and each picture that can be decoded
 // becomes a numbered placeholder. One scan over the RTF, whatever the number of notes and pictures.
 #include <QByteArray>
+#include <QSize>
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
@@ -18,6 +19,8 @@ struct ImportedPicture {
     QString fileName; ///< with its extension, "jpg" or "png"
     bool isJPEG = false;
     QSizeF size; ///< the size it is shown at, in points
+    QSize pixels; ///< the image's own pixel size
+    double pixelsPerPoint = 1.0; ///< the resolution its file states, else a pixel a point
 };
 
 /// What the rewrite made.
