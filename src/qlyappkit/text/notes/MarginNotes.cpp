@@ -40,8 +40,8 @@ void removeLinkedNoteAttributes(MutableAttributedString& text, Range range)
 }
 
 // The text being converted and a value copy of it for the many reads between edits (reading a text
-// storage through its primitives would assemble a snapshot each time). A plain text is read and edited
-// in place: its backing string is that copy already.
+// storage through its primitives would assemble a snapshot each time). A plain text needs no copy: its
+// backing string is one, and its edits go straight to it.
 class MirroredText {
 public:
     explicit MirroredText(MutableAttributedString& text) : m_text(text), m_plain(text.plainBacking())
@@ -53,30 +53,27 @@ public:
     const AttributedString& copy() const { return m_plain ? *m_plain : m_copy; }
     void replace(Range range, const AttributedString& replacement)
     {
-        if (m_plain)
-            return m_plain->replaceCharacters(range, replacement);
         m_text.replaceCharacters(range, replacement);
-        m_copy.replaceCharacters(range, replacement);
+        if (!m_plain)
+            m_copy.replaceCharacters(range, replacement);
     }
     void remove(Range range) { replace(range, AttributedString()); }
     void addAttribute(const QString& name, const QVariant& value, Range range)
     {
-        if (m_plain)
-            return m_plain->addAttribute(name, value, range);
         m_text.addAttribute(name, value, range);
-        m_copy.addAttribute(name, value, range);
+        if (!m_plain)
+            m_copy.addAttribute(name, value, range);
     }
     void removeLinkedNote(Range range)
     {
-        if (m_plain)
-            return removeLinkedNoteAttributes(*m_plain, range);
         removeLinkedNoteAttributes(m_text, range);
-        removeLinkedNoteAttributes(m_copy, range);
+        if (!m_plain)
+            removeLinkedNoteAttributes(m_copy, range);
     }
 
 private:
     MutableAttributedString& m_text;
-    AttributedString* const m_plain;
+    const AttributedString* const m_plain;
     AttributedString m_copy;
 };
 
