@@ -160,31 +160,15 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
     // Overlaps cannot happen between markers and annotations; a deletion starting inside the one
     // before is clipped anyway.
     std::sort(deletions.begin(), deletions.end(), [](Range a, Range b) { return a.location < b.location; });
-
-    if (AttributedString* plain = text.plainBacking()) {
-        // A plain text is rebuilt without the deleted parts in one pass, then commented where the
-        // ranges landed.
-        std::vector<AttributedString::Replacement> removals;
-        removals.reserve(deletions.size());
-        for (const Range& r : deletions)
-            removals.push_back({r, AttributedString()});
-        *plain = plain->replacingRanges(removals);
-        const ReplacedPositions landed(removals, original.length());
-        for (const auto& [range, comment] : commented)
-            plain->addAttribute(XQCommentAttributeName, comment, landed.map(range));
-        return;
-    }
-    // A storage hears of each edit: comments go on in the text's own positions, then the deletions
-    // are made from the end, so that each leaves the positions before it alone.
+    // The deletions go first, in one batch; the comments then go where their ranges landed.
+    std::vector<AttributedString::Replacement> removals;
+    removals.reserve(deletions.size());
+    for (const Range& r : deletions)
+        removals.push_back({r, AttributedString()});
+    text.replaceRanges(removals);
+    const ReplacedPositions landed(removals, original.length());
     for (const auto& [range, comment] : commented)
-        text.addAttribute(XQCommentAttributeName, comment, range);
-    qsizetype limit = text.length();
-    for (auto r = deletions.rbegin(); r != deletions.rend(); ++r) {
-        const Range clipped = Range::fromBounds(r->location, std::min(r->end(), limit));
-        if (clipped.length > 0)
-            text.deleteCharacters(clipped);
-        limit = std::min(limit, r->location);
-    }
+        text.addAttribute(XQCommentAttributeName, comment, landed.map(range));
 }
 
 void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "AttributedString_p.h"
+
 namespace qly {
 
 MutableAttributedString::MutableAttributedString() = default;
@@ -56,6 +58,18 @@ AttributedString MutableAttributedString::attributedStringFromPrimitives() const
 AttributedString* MutableAttributedString::plainBacking()
 {
     return typeid(*this) == typeid(MutableAttributedString) ? &m_backing : nullptr;
+}
+
+void MutableAttributedString::replaceRanges(const std::vector<AttributedString::Replacement>& replacements)
+{
+    if (AttributedString* backing = plainBacking()) {
+        *backing = backing->replacingRanges(replacements);
+        return;
+    }
+    const std::vector<Range> ranges = clippedReplacementRanges(replacements, length());
+    EditingBatch batch(*this);
+    for (size_t i = ranges.size(); i-- > 0;)
+        replaceCharacters(ranges[i], replacements[i].text);
 }
 
 void MutableAttributedString::addAttribute(const QString& name, const QVariant& value, Range range)

@@ -48,6 +48,9 @@ public:
     void deleteCharacters(Range range) { replaceCharacters(range, QString()); }
     /// Replaces the whole text.
     void setAttributedString(const AttributedString& text) { replaceCharacters(Range{0, length()}, text); }
+    /// Makes a batch of replacements, as AttributedString::replacingRanges does: in one pass over a
+    /// plain text, one edit each (from the end) in a subclass, so that it hears of every change.
+    void replaceRanges(const std::vector<AttributedString::Replacement>& replacements);
 
     /// The backing string when this is the plain class, which keeps its text nowhere else: passes that
     /// edit a whole text may edit it directly. Null for subclasses, whose edits go through the primitives.
