@@ -298,7 +298,7 @@ std::optional<AttributedString> initWithQuilleryPackageRTF(const QByteArray& dat
     AttributedString text = rewritten.records.empty() ? *read : replaceMarkers(*read, rewritten);
     text = attributedStringByConvertingLinkedImageTagsToSymbolicLinkImageAttachments(text);
     if (isMainText)
-        text = attributedStringByConvertingTagsToAttributes(text);
+        text = attributedStringByConvertingTagsToAttributes(std::move(text));
     MutableAttributedString linked(text);
     convertQuilleryLinkURLsToDictionaries(linked);
     text = linked.attributedString();

@@ -57,9 +57,8 @@ void replacePicturePlaceholders(AttributedString& text, const QString& s,
         const rtfimport::ImportedPicture& picture = pictures[it->picture];
         // A picture shown smaller than its pixels at its own resolution is re-encoded at the size it
         // is shown; its resolution, and so its print quality, stays.
-        const std::optional<QByteArray> resized =
-            rtfimport::resizedPictureMaintainingResolution(picture.data, picture.pixels, picture.pixelsPerPoint,
-                                                           picture.size, picture.isJPEG);
+        const std::optional<QByteArray> resized = rtfimport::resizedPictureMaintainingResolution(
+            picture.data, picture.pixels, picture.pixelsPerPoint, picture.size, picture.isJPEG);
         TextAttachment attachment(picture.fileName, resized ? *resized : picture.data);
         attachment.setBounds(picture.size);
         Attributes attributes = text.attributes(it->range.location);
@@ -135,14 +134,17 @@ std::optional<AttributedString> attributedStringFromExtendedRTF(const QByteArray
     if (!read)
         return std::nullopt;
     rewritten.rtf.clear();
-    const QString readString = read->string();
-    const bool hasNoBreakPeriods = readString.contains(XQImportedFootnotePeriodPrefix);
-    replacePicturePlaceholders(*read, readString, rewritten.pictures);
+    bool hasNoBreakPeriods = false;
+    {
+        const QString readString = read->string();
+        hasNoBreakPeriods = readString.contains(XQImportedFootnotePeriodPrefix);
+        replacePicturePlaceholders(*read, readString, rewritten.pictures);
+    }
     if (rewritten.annotationRefs.size() > 1)
         separateAdjacentAnnotations(*read);
 
     MutableAttributedString text(
-        attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(*read, true));
+        attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(std::move(*read), true));
     read.reset();
     // Only one word processor's notes begin so; most texts need not be walked for them.
     if (hasNoBreakPeriods)

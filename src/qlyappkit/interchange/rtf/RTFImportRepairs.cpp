@@ -141,7 +141,6 @@ std::vector<Range> annotationSeparators(const QString& s)
 void applyRangedComments(MutableAttributedString& text, const std::vector<Marker>& markers,
                          const std::vector<RangedComment>& comments, const std::vector<Range>& separators)
 {
-    const AttributedString original = text.attributedString();
     // A character holds one comment: a range inside another goes on last, so that both keep text.
     std::vector<RangedComment> outerFirst = comments;
     std::stable_sort(outerFirst.begin(), outerFirst.end(),
@@ -151,8 +150,9 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
     for (const Marker& m : markers)
         deletions.push_back(Range{m.at, markerLength(m)});
     deletions.insert(deletions.end(), separators.begin(), separators.end());
+    const qsizetype length = text.length();
     for (const RangedComment& c : outerFirst) {
-        AttributedString note = attributedStringByTrimmingWhitespace(original.attributedSubstring(c.annotation));
+        AttributedString note = attributedStringByTrimmingWhitespace(text.attributedSubstring(c.annotation));
         note.removeAttribute(XQAnnotationAttributeName, Range{0, note.length()});
         commented.emplace_back(Range::fromBounds(c.from, c.to), variantFromComment(XQComment::create(note, false)));
         deletions.push_back(c.annotation);
@@ -166,7 +166,7 @@ void applyRangedComments(MutableAttributedString& text, const std::vector<Marker
     for (const Range& r : deletions)
         removals.push_back({r, AttributedString()});
     text.replaceRanges(removals);
-    const ReplacedPositions landed(removals, original.length());
+    const ReplacedPositions landed(removals, length);
     for (const auto& [range, comment] : commented)
         text.addAttribute(XQCommentAttributeName, comment, landed.map(range));
 }
@@ -176,8 +176,14 @@ void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)
     bool annotationsLeft = true;
     {
         EditingBatch batch(text);
-        const QString s = text.string();
-        const std::vector<Marker> markers = importMarkers(s);
+        std::vector<Marker> markers;
+        std::vector<Range> separators;
+        {
+            // Let go before the edits, so that a text that shares nothing is edited where it lies.
+            const QString s = text.string();
+            markers = importMarkers(s);
+            separators = annotationSeparators(s);
+        }
         std::vector<Range> annotations;
         text.attributedString().enumerateAttribute(XQAnnotationAttributeName, Range{0, text.length()},
                                                    [&](const QVariant& value, Range run) {
@@ -185,7 +191,6 @@ void applyRanges(MutableAttributedString& text, const CommentRangeIds* ids)
                                                            annotations.push_back(run);
                                                        return true;
                                                    });
-        const std::vector<Range> separators = annotationSeparators(s);
         std::optional<std::vector<RangedComment>> comments;
         if (ids && !markers.empty())
             comments = pairedByIds(markers, annotations, *ids);

@@ -174,33 +174,143 @@ std::vector<LeafPtr> AttributedStringData::makeLeaves(TextPiece&& piece) const
     return out;
 }
 
+void copyFromLeaf(const TextLeaf& l, qsizetype from, qsizetype to, TextPiece& piece)
+{
+    for (qsizetype r = l.runIndex(from), off = from; off < to; ++r) {
+        const qsizetype end = std::min(l.runEnd(r), to);
+        if (off == from) {
+            piece.append(QStringView(l.text).mid(off, end - off), l.runs[size_t(r)].attributes);
+        } else {
+            // Neighbouring runs of a leaf never hold equal dictionaries: no need to compare them,
+            // which for dictionaries that are not shared means walking both.
+            piece.runs.push_back(TextRun{piece.text.size(), l.runs[size_t(r)].attributes});
+            piece.text.append(QStringView(l.text).mid(off, end - off));
+        }
+        off = end;
+    }
+}
+
 void AttributedStringData::copyToPiece(Range range, TextPiece& piece) const
 {
     if (range.length <= 0)
         return;
     auto [k, off] = locate(range.location);
-    qsizetype remaining = range.length;
-    while (remaining > 0 && k < leafCount()) {
-        const TextLeaf& l = leaf(k);
-        qsizetype r = l.runIndex(off);
-        const qsizetype firstRun = r;
-        while (remaining > 0 && r < qsizetype(l.runs.size())) {
-            const qsizetype end = std::min(l.runEnd(r), off + remaining);
-            if (r == firstRun) {
-                piece.append(QStringView(l.text).mid(off, end - off), l.runs[size_t(r)].attributes);
-            } else {
-                // Neighbouring runs of a leaf never hold equal dictionaries: no need to compare them,
-                // which for dictionaries that are not shared means walking both.
-                piece.runs.push_back(TextRun{piece.text.size(), l.runs[size_t(r)].attributes});
-                piece.text.append(QStringView(l.text).mid(off, end - off));
-            }
-            remaining -= end - off;
-            off = end;
-            ++r;
-        }
-        ++k;
-        off = 0;
+    for (qsizetype remaining = range.length; remaining > 0 && k < leafCount(); ++k, off = 0) {
+        const qsizetype end = std::min(leaf(k).length(), off + remaining);
+        copyFromLeaf(leaf(k), off, end, piece);
+        remaining -= end - off;
     }
+}
+
+void AttributedStringData::replaceRanges(const std::vector<AttributedString::Replacement>& replacements)
+{
+    const qsizetype n = total;
+    const std::vector<Range> ranges = clippedReplacementRanges(replacements, n);
+    qsizetype resultLength = n;
+    bool inserts = false;
+    for (size_t i = 0; i < ranges.size(); ++i) {
+        resultLength += replacements[i].text.length() - ranges[i].length;
+        inserts = inserts || !replacements[i].text.isEmpty();
+    }
+    // The assembled string, which the next pass over the text will ask for, follows the edits: squeezed
+    // where it lies when only deletions are made and nothing else holds it, else made anew on the way.
+    const bool squeeze = cacheValid && !inserts && cache.isDetached();
+    QString assembled = squeeze ? std::move(cache) : QString();
+    if (!squeeze)
+        assembled.reserve(resultLength);
+
+    std::vector<LeafPtr> old;
+    old.swap(leaves);
+    leaves.reserve(old.size() + 1);
+    TextPiece piece; // the leaf being made
+    const auto emit = [&] {
+        if (!squeeze)
+            assembled.append(piece.text);
+        if (piece.text.size() <= capacity) {
+            LeafPtr made(new TextLeaf);
+            made->text = std::move(piece.text);
+            made->runs = std::move(piece.runs);
+            leaves.push_back(std::move(made));
+        } else {
+            for (LeafPtr& made : makeLeaves(std::move(piece)))
+                leaves.push_back(std::move(made));
+        }
+        piece = TextPiece();
+    };
+    const auto insert = [&](size_t i) {
+        const AttributedString& text = replacements[i].text;
+        if (!text.isEmpty())
+            text.d->copyToPiece(Range{0, text.length()}, piece);
+    };
+    size_t next = 0;
+    qsizetype done = 0; // the text before this position is in the leaves made (or in piece)
+    qsizetype leafStart = 0;
+    for (size_t k = 0; k < old.size(); ++k) {
+        const qsizetype leafEnd = leafStart + old[k]->length();
+        // A replacement on a leaf boundary goes with the leaf after it; at the text's end, with the last.
+        const qsizetype edge = k + 1 == old.size() ? leafEnd + 1 : leafEnd;
+        if (piece.text.isEmpty() && done <= leafStart && (next == ranges.size() || ranges[next].location >= edge)) {
+            // Untouched: the leaf itself carries over, neither copied nor walked.
+            if (!squeeze)
+                assembled.append(old[k]->text);
+            leaves.push_back(std::move(old[k]));
+            leafStart = done = leafEnd;
+            continue;
+        }
+        const TextLeaf& l = *old[k];
+        if (piece.text.isEmpty()) {
+            piece.text.reserve(std::min<qsizetype>(capacity, resultLength)); // small strings stay small
+            piece.runs.reserve(l.runs.size() + 1);
+        }
+        qsizetype pos = std::max(done, leafStart);
+        for (; next < ranges.size() && ranges[next].location < edge; ++next) {
+            copyFromLeaf(l, pos - leafStart, ranges[next].location - leafStart, piece);
+            insert(next);
+            pos = ranges[next].end();
+        }
+        if (pos < leafEnd)
+            copyFromLeaf(l, pos - leafStart, leafEnd - leafStart, piece);
+        done = std::max(pos, leafEnd);
+        // Freed now (unless shared), so that the next leaf made takes memory still in the cache.
+        old[k].reset();
+        // A leaf left small goes on with the next one.
+        if (piece.text.size() >= capacity / 8)
+            emit();
+        leafStart = leafEnd;
+    }
+    for (; next < ranges.size(); ++next) // into an empty text
+        insert(next);
+    if (!piece.text.isEmpty()) {
+        if (!leaves.empty() && leaves.back()->length() + piece.text.size() <= capacity) {
+            if (!squeeze)
+                assembled.append(piece.text);
+            leaves.back().detach();
+            TextLeaf& joined = *leaves.back();
+            const qsizetype at = joined.text.size();
+            joined.text.append(piece.text);
+            for (size_t r = 0; r < piece.runs.size(); ++r) {
+                if (r == 0 && sameAttributes(joined.runs.back().attributes, piece.runs[r].attributes))
+                    continue;
+                joined.runs.push_back(TextRun{at + piece.runs[r].start, std::move(piece.runs[r].attributes)});
+            }
+        } else {
+            emit();
+        }
+    }
+    rebuildTree();
+    if (squeeze) {
+        QChar* chars = assembled.data();
+        qsizetype to = 0, from = 0;
+        for (const Range& r : ranges) {
+            std::copy(chars + from, chars + r.location, chars + to);
+            to += r.location - from;
+            from = r.end();
+        }
+        std::copy(chars + from, chars + n, chars + to);
+        assembled.truncate(to + (n - from));
+    }
+    cache = std::move(assembled);
+    cacheValid = true;
 }
 
 Attributes AttributedStringData::attributesForReplacing(Range range) const
@@ -550,8 +660,7 @@ AttributedString AttributedString::attributedSubstring(Range range) const
 
 // Both enumerations walk the leaves' runs in order instead of locating each run anew, and read the
 // run dictionaries in place. They walk a snapshot: fn may edit this string, which then detaches.
-template <typename Visit>
-void AttributedStringData::forEachRun(Range range, Visit visit) const
+template <typename Visit> void AttributedStringData::forEachRun(Range range, Visit visit) const
 {
     if (range.length <= 0)
         return;
@@ -608,8 +717,7 @@ void AttributedString::enumerateAttributes(Range range, const std::function<bool
     const QExplicitlySharedDataPointer<AttributedStringData> snapshot = d;
     // Equal dictionaries on either side of a leaf boundary are one run.
     forEachStretch(
-        *snapshot, Range::fromBounds(start, end), [](const Attributes& attrs) { return &attrs; }, sameAttributes,
-        fn);
+        *snapshot, Range::fromBounds(start, end), [](const Attributes& attrs) { return &attrs; }, sameAttributes, fn);
 }
 
 void AttributedString::enumerateAttribute(const QString& name, Range range,
@@ -685,35 +793,17 @@ std::vector<Range> clippedReplacementRanges(const std::vector<AttributedString::
 
 AttributedString AttributedString::replacingRanges(const std::vector<Replacement>& replacements) const
 {
-    if (replacements.empty())
-        return *this;
-    // The text is copied front to back once, instead of moving each leaf's tail per replacement.
-    const qsizetype n = length();
-    const std::vector<Range> ranges = clippedReplacementRanges(replacements, n);
-    qsizetype resultLength = n;
-    for (size_t i = 0; i < ranges.size(); ++i)
-        resultLength += replacements[i].text.length() - ranges[i].length;
-    TextPiece piece;
-    piece.text.reserve(resultLength);
-    qsizetype pos = 0;
-    for (size_t i = 0; i < ranges.size(); ++i) {
-        if (d)
-            d->copyToPiece(Range::fromBounds(pos, ranges[i].location), piece);
-        const AttributedString& text = replacements[i].text;
-        if (!text.isEmpty())
-            text.d->copyToPiece(Range{0, text.length()}, piece);
-        pos = ranges[i].end();
-    }
-    if (d)
-        d->copyToPiece(Range{pos, n - pos}, piece);
-    AttributedString out;
-    out.detach();
-    out.d->leaves = out.d->makeLeaves(std::move(piece)); // takes the dictionaries, not the text
-    out.d->rebuildTree();
-    // The whole text was assembled on the way: it is the string, ready for the next pass that asks.
-    out.d->cache = std::move(piece.text);
-    out.d->cacheValid = true;
+    AttributedString out = *this;
+    out.replaceRanges(replacements);
     return out;
+}
+
+void AttributedString::replaceRanges(const std::vector<Replacement>& replacements)
+{
+    if (replacements.empty())
+        return;
+    detach();
+    d->replaceRanges(replacements);
 }
 
 void AttributedString::append(const QString& text, const Attributes& attributes)

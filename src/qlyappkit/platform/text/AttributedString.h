@@ -78,6 +78,9 @@ public:
     /// Ranges are in this string's positions and in increasing order; one starting inside the one
     /// before is clipped to its end, and replacements at the same position go in in order.
     AttributedString replacingRanges(const std::vector<Replacement>& replacements) const;
+    /// Makes the replacements in this string, as replacingRanges does. Leaves that no replacement
+    /// touches are kept as they are, so a string that shares nothing is edited where it lies.
+    void replaceRanges(const std::vector<Replacement>& replacements);
 
     // ---- paragraphs and words
     /// The paragraphs touching range, terminators included (LF, CR, CR LF, U+2029 end a paragraph).

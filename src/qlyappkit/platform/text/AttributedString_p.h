@@ -72,6 +72,9 @@ public:
     /// Calls visit(attributes, start, end) for each leaf run inside range, in order, clipped to range
     /// (equal runs on either side of a leaf boundary come separately); visit returns false to stop.
     template <typename Visit> void forEachRun(Range range, Visit visit) const;
+    /// Makes a batch of replacements (as AttributedString::replaceRanges) leaf by leaf: leaves no
+    /// replacement touches carry over as they are, the others are made anew one at a time.
+    void replaceRanges(const std::vector<AttributedString::Replacement>& replacements);
     /// Appends the text and runs of range to piece.
     void copyToPiece(Range range, TextPiece& piece) const;
     /// Splits the piece into new leaves of at most the fill size (its dictionaries move to them).
@@ -91,6 +94,9 @@ private:
 /// starting no earlier than the end of the one before.
 std::vector<Range> clippedReplacementRanges(const std::vector<AttributedString::Replacement>& replacements,
                                             qsizetype length);
+
+/// Appends the text and runs of the leaf's [from, to) to piece.
+void copyFromLeaf(const TextLeaf& leaf, qsizetype from, qsizetype to, TextPiece& piece);
 
 /// Merges equal neighbours among runs[from..to] (indexes clamped) and drops empty runs there.
 void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype from, qsizetype to);

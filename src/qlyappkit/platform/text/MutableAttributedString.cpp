@@ -63,7 +63,7 @@ AttributedString* MutableAttributedString::plainBacking()
 void MutableAttributedString::replaceRanges(const std::vector<AttributedString::Replacement>& replacements)
 {
     if (AttributedString* backing = plainBacking()) {
-        *backing = backing->replacingRanges(replacements);
+        backing->replaceRanges(replacements);
         return;
     }
     const std::vector<Range> ranges = clippedReplacementRanges(replacements, length());

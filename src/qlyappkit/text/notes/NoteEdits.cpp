@@ -8,7 +8,7 @@
 
 namespace qly::notes {
 
-AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdit> edits,
+AttributedString applyingEdits(AttributedString text, std::vector<TextEdit> edits,
                                std::vector<AttributedString::Replacement>* made)
 {
     if (edits.empty())
@@ -32,10 +32,10 @@ AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdi
     replacements.reserve(merged.size());
     for (const TextEdit& edit : merged)
         replacements.push_back({edit.range, edit.replacement()});
-    AttributedString out = text.replacingRanges(replacements);
+    text.replaceRanges(replacements);
     if (made)
         *made = std::move(replacements);
-    return out;
+    return text;
 }
 
 Attributes withoutAttributes(Attributes attributes, std::initializer_list<QString> names)

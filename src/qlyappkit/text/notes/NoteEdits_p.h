@@ -29,8 +29,9 @@ struct TextEdit {
 
 /// The text with the edits made. Edits are sorted by location; edits whose ranges overlap are merged
 /// (their replacements joined in order), so collecting them never needs to look back.
-/// When made is given, it receives the replacements as they were made (for ReplacedPositions).
-AttributedString applyingEdits(const AttributedString& text, std::vector<TextEdit> edits,
+/// When made is given, it receives the replacements as they were made (for ReplacedPositions). A text
+/// moved in that shares nothing is edited where it lies.
+AttributedString applyingEdits(AttributedString text, std::vector<TextEdit> edits,
                                std::vector<AttributedString::Replacement>* made = nullptr);
 
 /// The attributes less the named ones.

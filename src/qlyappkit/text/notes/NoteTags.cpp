@@ -184,16 +184,25 @@ struct Marked {
     QVariant value;
 };
 
-AttributedString applyPass(const AttributedString& text, const QString& name, const std::vector<Marked>& marked,
-                           std::vector<TextEdit>&& removals)
+/// What one pass found in the text's string: the runs to mark and the markers to remove.
+struct Found {
+    std::vector<Marked> marked;
+    std::vector<TextEdit> removals;
+};
+
+// A text handed over that nothing else holds is edited where it lies.
+AttributedString applyPass(AttributedString text, const QString& name, Found found)
 {
+    const std::vector<Marked>& marked = found.marked;
+    std::vector<TextEdit>& removals = found.removals;
     if (marked.empty() && removals.empty())
         return text;
-    // The markers go first, in one pass that makes a text of its own; the runs are then marked on it
-    // where they landed, so no leaf of the old text is copied to be marked and then dropped.
+    // The markers go first, in one pass over the text; the runs are then marked where they landed, so
+    // no leaf is edited twice.
     std::vector<AttributedString::Replacement> made;
-    AttributedString out = notes::applyingEdits(text, std::move(removals), &made);
-    const ReplacedPositions landed(made, text.length());
+    const qsizetype length = text.length();
+    AttributedString out = notes::applyingEdits(std::move(text), std::move(removals), &made);
+    const ReplacedPositions landed(made, length);
     const auto mark = [&](const QVariant& value, qsizetype from, qsizetype to) {
         out.addAttribute(name, value, landed.map(Range::fromBounds(from, to)));
     };
@@ -226,9 +235,8 @@ AttributedString applyPass(const AttributedString& text, const QString& name, co
 
 enum class ColourForm { Decimal, Hexadecimal };
 
-AttributedString readAnnotations(const AttributedString& text, ColourForm form, bool withNewlines)
+Found findAnnotations(const QString& s, ColourForm form, bool withNewlines)
 {
-    const QString s = text.string();
     const QString& opening = form == ColourForm::Decimal
         ? (withNewlines ? XQAnnotationOpeningWithNewlineReadForm : XQAnnotationOpeningReadForm)
         : (withNewlines ? XQAnnotationHexOpeningWithNewlineReadForm : XQAnnotationHexOpeningReadForm);
@@ -276,13 +284,11 @@ AttributedString readAnnotations(const AttributedString& text, ColourForm form, 
         scanner.remove(close);
         from = textMarker.end();
     }
-    return applyPass(text, XQAnnotationAttributeName, marked, std::move(scanner.edits()));
+    return Found{std::move(marked), std::move(scanner.edits())};
 }
 
-AttributedString readBlocks(const AttributedString& text, const QString& opening, const QString& closing,
-                            const QString& name)
+Found findBlocks(const QString& s, const QString& opening, const QString& closing)
 {
-    const QString s = text.string();
     TagScanner scanner(s, closing);
     std::vector<Marked> marked;
     qsizetype from = 0;
@@ -298,12 +304,11 @@ AttributedString readBlocks(const AttributedString& text, const QString& opening
         scanner.remove(open);
         from = open.end();
     }
-    return applyPass(text, name, marked, std::move(scanner.edits()));
+    return Found{std::move(marked), std::move(scanner.edits())};
 }
 
-AttributedString readKeepWithNextMarkers(const AttributedString& text)
+Found findKeepWithNextMarkers(const QString& s)
 {
-    const QString s = text.string();
     std::vector<Marked> marked;
     std::vector<TextEdit> removals;
     for (qsizetype at = 0;;) {
@@ -320,7 +325,7 @@ AttributedString readKeepWithNextMarkers(const AttributedString& text)
         removals.push_back(TextEdit::deletion(Range{i, XQKeepWithNextMarker.size()}));
         at = contentsEnd;
     }
-    return applyPass(text, XQKeepWithNextAttributeName, marked, std::move(removals));
+    return Found{std::move(marked), std::move(removals)};
 }
 
 } // namespace
@@ -361,21 +366,26 @@ AttributedString attributedStringByConvertingAttributesToTags(const AttributedSt
     return markKeepWithNextParagraphs(out);
 }
 
-AttributedString attributedStringByConvertingTagsToAttributes(const AttributedString& text)
+AttributedString attributedStringByConvertingTagsToAttributes(AttributedString text)
 {
-    return attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(text, false);
+    return attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(std::move(text), false);
 }
 
-AttributedString
-attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(const AttributedString& text,
-                                                                                 bool removeNewlines)
+AttributedString attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(AttributedString text,
+                                                                                                  bool removeNewlines)
 {
-    AttributedString out = readAnnotations(text, ColourForm::Decimal, removeNewlines);
-    out = readAnnotations(out, ColourForm::Hexadecimal, removeNewlines);
-    out = readBlocks(out, XQFootnoteOpeningReadForm, XQFootnoteClosingReadForm, XQFootnoteAttributeName);
-    out = readBlocks(out, XQPreserveFormattingOpeningReadForm, XQPreserveFormattingClosingReadForm,
-                     XQPreserveFormattingAttributeName);
-    return readKeepWithNextMarkers(out);
+    // Each pass reads the text as the one before left it. The string it reads is a temporary, let go
+    // before the text is handed on to be edited.
+    Found found = findAnnotations(text.string(), ColourForm::Decimal, removeNewlines);
+    text = applyPass(std::move(text), XQAnnotationAttributeName, std::move(found));
+    found = findAnnotations(text.string(), ColourForm::Hexadecimal, removeNewlines);
+    text = applyPass(std::move(text), XQAnnotationAttributeName, std::move(found));
+    found = findBlocks(text.string(), XQFootnoteOpeningReadForm, XQFootnoteClosingReadForm);
+    text = applyPass(std::move(text), XQFootnoteAttributeName, std::move(found));
+    found = findBlocks(text.string(), XQPreserveFormattingOpeningReadForm, XQPreserveFormattingClosingReadForm);
+    text = applyPass(std::move(text), XQPreserveFormattingAttributeName, std::move(found));
+    found = findKeepWithNextMarkers(text.string());
+    return applyPass(std::move(text), XQKeepWithNextAttributeName, std::move(found));
 }
 
 } // namespace qly

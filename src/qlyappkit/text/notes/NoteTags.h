@@ -54,12 +54,12 @@ AttributedString attributedStringByConvertingAttributesToTags(const AttributedSt
 /// hexadecimal colours), footnotes, preserve-formatting blocks, keep-with-next paragraphs. A tag
 /// without its closing marker, or an annotation tag missing one of its colour parts, stays as text.
 /// Colour components are read as calibrated colours hold them, within 0–1. Runs in time linear in
-/// the text, however its tags are nested or broken.
-AttributedString attributedStringByConvertingTagsToAttributes(const AttributedString& text);
+/// the text, however its tags are nested or broken. A text handed over (moved in) is read where it
+/// lies instead of being copied.
+AttributedString attributedStringByConvertingTagsToAttributes(AttributedString text);
 /// As above; with removeNewlines, annotations are recognised only in the forms with a line feed before
 /// the opening and after the closing marker, and those line feeds go with the markers.
-AttributedString
-attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(const AttributedString& text,
-                                                                                 bool removeNewlines);
+AttributedString attributedStringByConvertingTagsToAttributesAndRemovingNewlinesAroundAnnotations(AttributedString text,
+                                                                                                  bool removeNewlines);
 
 } // namespace qly
