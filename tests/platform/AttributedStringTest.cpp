@@ -117,10 +117,22 @@ void randomEditsMatchReference(int capacity)
             s.setAttributes(attrs, r);
             for (qsizetype i = r.location; i < r.end(); ++i)
                 ref.attrs[size_t(i)] = attrs;
-        } else if (op == 5) {
+        } else if (op == 5 && rng.bounded(2) == 0) {
             s.addAttribute(KernAttributeName, 1.5, r);
             for (qsizetype i = r.location; i < r.end(); ++i)
                 ref.attrs[size_t(i)].insert(KernAttributeName, 1.5);
+        } else if (op == 5) {
+            // Several marks at once, overlapping or not, some past the end: the later one wins.
+            std::vector<AttributedString::Mark> marks;
+            for (qsizetype count = rng.bounded(6); count > 0; --count) {
+                const qsizetype from = n ? rng.bounded(int(n + 1)) : 0;
+                marks.push_back({Range{from, rng.bounded(12)}, rng.bounded(3) * 0.5});
+            }
+            s.addAttributeInRanges(KernAttributeName, marks);
+            for (const AttributedString::Mark& m : marks) {
+                for (qsizetype i = m.range.location; i < std::min(m.range.end(), n); ++i)
+                    ref.attrs[size_t(i)].insert(KernAttributeName, m.value);
+            }
         } else if (op == 6) {
             s.removeAttribute(ToolTipAttributeName, r);
             for (qsizetype i = r.location; i < r.end(); ++i)
@@ -230,6 +242,32 @@ TEST(AttributedString, RandomEditsMatchReference)
         randomEditsMatchReference(capacity);
         if (HasFatalFailure())
             return;
+    }
+}
+
+TEST(AttributedString, MarksShareTheDictionariesTheyMake)
+{
+    // Notes in a body text: marking each must not give each its own dictionary.
+    const Attributes body{{ToolTipAttributeName, QStringLiteral("body")}};
+    const Attributes note{{ToolTipAttributeName, QStringLiteral("note")}};
+    AttributedString text;
+    std::vector<AttributedString::Mark> marks;
+    for (int i = 0; i < 50; ++i) {
+        text.append(QStringLiteral("Some words of the body "), body);
+        marks.push_back({Range{text.length(), 4}, i % 2 == 0 ? QVariant(true) : QVariant(false)});
+        text.append(QStringLiteral("note"), note);
+    }
+    text.addAttributeInRanges(UnderlineStyleAttributeName, marks);
+    ASSERT_TRUE(text.checkInvariants());
+    const Attributes first = text.attributes(marks[0].range.location);
+    EXPECT_EQ(first.value(UnderlineStyleAttributeName), QVariant(true));
+    EXPECT_EQ(first.value(ToolTipAttributeName), QStringLiteral("note"));
+    for (size_t i = 0; i < marks.size(); ++i) {
+        const Attributes a = text.attributes(marks[i].range.location);
+        EXPECT_EQ(a.value(UnderlineStyleAttributeName), marks[i].value) << i;
+        // Equal values on a shared dictionary make one dictionary again.
+        EXPECT_TRUE(a.isSharedWith(text.attributes(marks[i % 2].range.location))) << i;
+        EXPECT_FALSE(text.attributes(marks[i].range.location - 1).contains(UnderlineStyleAttributeName)) << i;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <algorithm>
+#include <array>
 
 #include "AttributedString_p.h"
 
@@ -836,6 +837,38 @@ void AttributedString::addAttribute(const QString& name, const QVariant& value, 
         changed.insert(name, value);
         return changed;
     });
+}
+
+void AttributedString::addAttributeInRanges(const QString& name, const std::vector<Mark>& marks)
+{
+    if (marks.empty())
+        return;
+    detach();
+    // The dictionaries made lately, by the one they were made from and the value added: the runs of
+    // one kind (the body's, a note's) mostly share their dictionary and take one value.
+    struct Made {
+        Attributes from;
+        QVariant value;
+        Attributes made;
+    };
+    std::array<Made, 4> made;
+    size_t next = 0;
+    for (const Mark& mark : marks) {
+        const Range range = intersectionRange(mark.range, Range{0, length()});
+        if (range.length <= 0)
+            continue;
+        d->modifyAttributes(range, [&](const Attributes& a) {
+            for (const Made& m : made) {
+                if (m.from.isSharedWith(a) && !m.made.isEmpty() && sameValue(m.value, mark.value))
+                    return m.made;
+            }
+            Attributes changed = a;
+            changed.insert(name, mark.value);
+            made[next] = Made{a, mark.value, changed};
+            next = (next + 1) % made.size();
+            return changed;
+        });
+    }
 }
 
 void AttributedString::addAttributes(const Attributes& attributes, Range range)

@@ -67,6 +67,11 @@ public:
     void replaceCharacters(Range range, const AttributedString& text);
     void setAttributes(const Attributes& attributes, Range range);
     void addAttribute(const QString& name, const QVariant& value, Range range);
+    struct Mark;
+    /// Adds the attribute over each mark's range with the mark's value, as addAttribute one by one
+    /// (a later mark wins where two overlap). Runs that shared a dictionary and get equal values share
+    /// the new one too, so marking many notes does not make a dictionary for each.
+    void addAttributeInRanges(const QString& name, const std::vector<Mark>& marks);
     void addAttributes(const Attributes& attributes, Range range);
     void removeAttribute(const QString& name, Range range);
     void insert(const AttributedString& text, qsizetype index) { replaceCharacters(Range{index, 0}, text); }
@@ -106,6 +111,12 @@ private:
     friend class AttributedStringData;
     void detach();
     QExplicitlySharedDataPointer<AttributedStringData> d;
+};
+
+/// One range of addAttributeInRanges and the value it takes.
+struct AttributedString::Mark {
+    Range range;
+    QVariant value;
 };
 
 /// One replacement of a batch: a range of the string and the text that takes its place.

@@ -1,6 +1,7 @@
 #include <qlyappkit/text/notes/NoteTags.h>
 
 #include <QByteArray>
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <optional>
@@ -203,8 +204,9 @@ AttributedString applyPass(AttributedString text, const QString& name, Found fou
     const qsizetype length = text.length();
     AttributedString out = notes::applyingEdits(std::move(text), std::move(removals), &made);
     const ReplacedPositions landed(made, length);
+    std::vector<AttributedString::Mark> marks;
     const auto mark = [&](const QVariant& value, qsizetype from, qsizetype to) {
-        out.addAttribute(name, value, landed.map(Range::fromBounds(from, to)));
+        marks.push_back({landed.map(Range::fromBounds(from, to)), value});
     };
     // A later tag wins where two overlap (as when they are read one by one). Going from the last tag
     // back, each sets only what no later one covers, so nested tags cost no more than their length.
@@ -230,6 +232,11 @@ AttributedString applyPass(AttributedString text, const QString& name, Found fou
             mark(m->value, std::max(gap, m->range.location), end);
         covered.emplace(start, std::max(gap, end));
     }
+    // Disjoint, so the order they go on in changes nothing but the walk: front to back.
+    std::sort(marks.begin(), marks.end(), [](const AttributedString::Mark& a, const AttributedString::Mark& b) {
+        return a.range.location < b.range.location;
+    });
+    out.addAttributeInRanges(name, marks);
     return out;
 }
 
