@@ -203,6 +203,70 @@ void AttributedStringData::copyToPiece(Range range, TextPiece& piece) const
     }
 }
 
+namespace {
+
+// Deletes from the leaf, in place, what the replacements from `next` on (those starting before
+// `edge`) and a deletion running on from the leaves before (up to `done`) take out of it, when all of
+// them are deletions and the leaf keeps at least `least` units. Returns false, touching nothing,
+// otherwise. `cut` is room for the cuts in the leaf's offsets, kept from one leaf to the next.
+bool deleteInLeaf(TextLeaf& l, qsizetype leafStart, qsizetype done, const std::vector<Range>& ranges,
+                  const std::vector<AttributedString::Replacement>& replacements, size_t next, qsizetype edge,
+                  qsizetype least, std::vector<Range>& cut)
+{
+    const qsizetype length = l.length();
+    cut.clear();
+    if (done > leafStart)
+        cut.push_back(Range::fromBounds(0, std::min(done - leafStart, length)));
+    qsizetype removed = cut.empty() ? 0 : cut.front().length;
+    for (size_t i = next; i < ranges.size() && ranges[i].location < edge; ++i) {
+        if (!replacements[i].text.isEmpty())
+            return false;
+        const Range r =
+            Range::fromBounds(ranges[i].location - leafStart, std::min(ranges[i].end() - leafStart, length));
+        if (r.length > 0) {
+            cut.push_back(r);
+            removed += r.length;
+        }
+    }
+    if (length - removed < least || length == removed)
+        return false;
+    // Run starts land where the cuts leave them (one inside a cut at the cut's start); starts and
+    // cuts are both in order, so one walk does it.
+    size_t c = 0;
+    qsizetype before = 0;
+    for (TextRun& run : l.runs) {
+        for (; c < cut.size() && run.start >= cut[c].end(); ++c)
+            before += cut[c].length;
+        run.start = c < cut.size() && run.start >= cut[c].location ? cut[c].location - before : run.start - before;
+    }
+    QChar* chars = l.text.data();
+    qsizetype to = 0, from = 0;
+    for (const Range& r : cut) {
+        std::copy(chars + from, chars + r.location, chars + to);
+        to += r.location - from;
+        from = r.end();
+    }
+    std::copy(chars + from, chars + length, chars + to);
+    l.text.truncate(to + (length - from));
+    // A run that lost all its text starts where the next one does: it goes. Neighbours that have
+    // become equal are merged. One pass, however many runs the leaf holds.
+    std::vector<TextRun>& runs = l.runs;
+    size_t kept = 0;
+    for (size_t i = 0; i < runs.size(); ++i) {
+        const qsizetype end = i + 1 < runs.size() ? runs[i + 1].start : l.length();
+        if (end <= runs[i].start || (kept > 0 && sameAttributes(runs[kept - 1].attributes, runs[i].attributes)))
+            continue;
+        if (kept != i)
+            runs[kept] = std::move(runs[i]);
+        ++kept;
+    }
+    runs.resize(kept);
+    runs.front().start = 0;
+    return true;
+}
+
+} // namespace
+
 void AttributedStringData::replaceRanges(const std::vector<AttributedString::Replacement>& replacements)
 {
     const qsizetype n = total;
@@ -243,6 +307,7 @@ void AttributedStringData::replaceRanges(const std::vector<AttributedString::Rep
         if (!text.isEmpty())
             text.d->copyToPiece(Range{0, text.length()}, piece);
     };
+    std::vector<Range> cut;
     size_t next = 0;
     qsizetype done = 0; // the text before this position is in the leaves made (or in piece)
     qsizetype leafStart = 0;
@@ -256,6 +321,18 @@ void AttributedStringData::replaceRanges(const std::vector<AttributedString::Rep
                 assembled.append(old[k]->text);
             leaves.push_back(std::move(old[k]));
             leafStart = done = leafEnd;
+            continue;
+        }
+        if (piece.text.isEmpty() && old[k]->ref.loadRelaxed() == 1
+            && deleteInLeaf(*old[k], leafStart, done, ranges, replacements, next, edge, capacity / 8, cut)) {
+            // Only deletions here, on a leaf nothing else holds: squeezed where it lies.
+            done = std::max(done, leafEnd);
+            for (; next < ranges.size() && ranges[next].location < edge; ++next)
+                done = std::max(done, ranges[next].end());
+            if (!squeeze)
+                assembled.append(old[k]->text);
+            leaves.push_back(std::move(old[k]));
+            leafStart = leafEnd;
             continue;
         }
         const TextLeaf& l = *old[k];
