@@ -205,6 +205,21 @@ void AttributedStringData::copyToPiece(Range range, TextPiece& piece) const
 
 namespace {
 
+// Deletes the ranges (in order, disjoint) from the string where it lies.
+void squeezeOut(QString& s, const std::vector<Range>& ranges)
+{
+    QChar* chars = s.data();
+    qsizetype to = 0, from = 0;
+    for (const Range& r : ranges) {
+        std::copy(chars + from, chars + r.location, chars + to);
+        to += r.location - from;
+        from = r.end();
+    }
+    const qsizetype length = s.size();
+    std::copy(chars + from, chars + length, chars + to);
+    s.truncate(to + (length - from));
+}
+
 // Deletes from the leaf, in place, what the replacements from `next` on (those starting before
 // `edge`) and a deletion running on from the leaves before (up to `done`) take out of it, when all of
 // them are deletions and the leaf keeps at least `least` units. Returns false, touching nothing,
@@ -239,15 +254,7 @@ bool deleteInLeaf(TextLeaf& l, qsizetype leafStart, qsizetype done, const std::v
             before += cut[c].length;
         run.start = c < cut.size() && run.start >= cut[c].location ? cut[c].location - before : run.start - before;
     }
-    QChar* chars = l.text.data();
-    qsizetype to = 0, from = 0;
-    for (const Range& r : cut) {
-        std::copy(chars + from, chars + r.location, chars + to);
-        to += r.location - from;
-        from = r.end();
-    }
-    std::copy(chars + from, chars + length, chars + to);
-    l.text.truncate(to + (length - from));
+    squeezeOut(l.text, cut);
     // A run that lost all its text starts where the next one does: it goes. Neighbours that have
     // become equal are merged. One pass, however many runs the leaf holds.
     std::vector<TextRun>& runs = l.runs;
@@ -376,17 +383,8 @@ void AttributedStringData::replaceRanges(const std::vector<AttributedString::Rep
         }
     }
     rebuildTree();
-    if (squeeze) {
-        QChar* chars = assembled.data();
-        qsizetype to = 0, from = 0;
-        for (const Range& r : ranges) {
-            std::copy(chars + from, chars + r.location, chars + to);
-            to += r.location - from;
-            from = r.end();
-        }
-        std::copy(chars + from, chars + n, chars + to);
-        assembled.truncate(to + (n - from));
-    }
+    if (squeeze)
+        squeezeOut(assembled, ranges);
     cache = std::move(assembled);
     cacheValid = true;
 }
