@@ -44,25 +44,23 @@ void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype f
         return;
     from = std::max<qsizetype>(from, 0);
     to = std::min<qsizetype>(to, qsizetype(runs.size()) - 1);
-    // Drop empty runs in the window (a run is empty when the next one starts at the same offset).
-    for (qsizetype i = to; i >= from; --i) {
-        const qsizetype end = i + 1 < qsizetype(runs.size()) ? runs[size_t(i) + 1].start : textLength;
-        if (end <= runs[size_t(i)].start && runs.size() > 1) {
-            runs.erase(runs.begin() + i);
-            --to;
-        }
+    runs.front().start = 0;
+    if (from > to)
+        return;
+    // One pass over the window, however many runs it holds: a run is empty when the next one starts
+    // where it does (the last one of all stays); a run equal to the one kept before it joins that one.
+    size_t kept = size_t(from);
+    for (size_t i = size_t(from); qsizetype(i) <= to; ++i) {
+        const qsizetype end = i + 1 < runs.size() ? runs[i + 1].start : textLength;
+        const bool empty = end <= runs[i].start && !(kept == 0 && i + 1 == runs.size());
+        if (empty || (kept > 0 && sameAttributes(runs[kept - 1].attributes, runs[i].attributes)))
+            continue;
+        if (kept != i)
+            runs[kept] = std::move(runs[i]);
+        ++kept;
     }
-    if (!runs.empty())
-        runs.front().start = 0;
-    to = std::min<qsizetype>(to, qsizetype(runs.size()) - 1);
-    for (qsizetype i = std::max<qsizetype>(from, 1); i <= to && i < qsizetype(runs.size());) {
-        if (sameAttributes(runs[size_t(i) - 1].attributes, runs[size_t(i)].attributes)) {
-            runs.erase(runs.begin() + i);
-            --to;
-        } else {
-            ++i;
-        }
-    }
+    runs.erase(runs.begin() + qsizetype(kept), runs.begin() + to + 1);
+    runs.front().start = 0;
 }
 
 // ---------------------------------------------------------------- the Fenwick tree
@@ -255,20 +253,8 @@ bool deleteInLeaf(TextLeaf& l, qsizetype leafStart, qsizetype done, const std::v
         run.start = c < cut.size() && run.start >= cut[c].location ? cut[c].location - before : run.start - before;
     }
     squeezeOut(l.text, cut);
-    // A run that lost all its text starts where the next one does: it goes. Neighbours that have
-    // become equal are merged. One pass, however many runs the leaf holds.
-    std::vector<TextRun>& runs = l.runs;
-    size_t kept = 0;
-    for (size_t i = 0; i < runs.size(); ++i) {
-        const qsizetype end = i + 1 < runs.size() ? runs[i + 1].start : l.length();
-        if (end <= runs[i].start || (kept > 0 && sameAttributes(runs[kept - 1].attributes, runs[i].attributes)))
-            continue;
-        if (kept != i)
-            runs[kept] = std::move(runs[i]);
-        ++kept;
-    }
-    runs.resize(kept);
-    runs.front().start = 0;
+    // A run that lost all its text starts where the next one does: it goes.
+    normalizeRuns(l.runs, l.length(), 0, qsizetype(l.runs.size()) - 1);
     return true;
 }
 

@@ -98,7 +98,8 @@ std::vector<Range> clippedReplacementRanges(const std::vector<AttributedString::
 /// Appends the text and runs of the leaf's [from, to) to piece.
 void copyFromLeaf(const TextLeaf& leaf, qsizetype from, qsizetype to, TextPiece& piece);
 
-/// Merges equal neighbours among runs[from..to] (indexes clamped) and drops empty runs there.
+/// Drops empty runs among runs[from..to] (indexes clamped) and merges equal neighbours there (the
+/// first with the run before the window too), in one pass.
 void normalizeRuns(std::vector<TextRun>& runs, qsizetype textLength, qsizetype from, qsizetype to);
 
 } // namespace qly
